@@ -1,0 +1,94 @@
+// frame/BaseProductManager.h
+//
+// The class that implements every operation of the product services and holds their state. Its
+// members are defined in the folder that owns their subject: frame/, prefs/ and ui/.
+#ifndef FRAME_BASEPRODUCTMANAGER_H
+#define FRAME_BASEPRODUCTMANAGER_H
+
+#include "frame/IProductManager.h"
+
+/// See IProductManager for the operations that plug-ins call.
+class __attribute__((visibility("default"))) CBaseProductManager : public IProductManager {
+public:
+    /// Bytes in a text that crosses the interface, with its NUL.
+    enum { kTextSize = 260 };
+
+    CBaseProductManager();
+    CBaseProductManager(const CBaseProductManager&) = delete;
+    CBaseProductManager& operator=(const CBaseProductManager&) = delete;
+
+    HRESULT QueryInterface(const corvane::GUID& iid, void** out) override;
+    unsigned long AddRef() override;
+    unsigned long Release() override;
+    ~CBaseProductManager() override;
+    int Init(void* hostContext, const char* helpFolder) override;
+    void InfoDialog(WindowRef parent, bool hideKnobOption) override;
+    void SetInfoDialogOptions(unsigned int mask, bool clear) override;
+    bool KnobsDragVertical() override;
+    void OpenHelp(WindowRef parent, unsigned int topic) override;
+    void SetDragVertical(bool flag) override;
+    const char* GetProductName() override;
+    CVProductVersion* GetProductVersion() override;
+    bool GetResourcesBundlePath(char* buffer, int size) override;
+    WindowRef CreateInfoDialog() override;
+    void ShowInfoDialog(WindowRef parent, bool hideKnobOption) override;
+    void GoToSite() override;
+    void InitLogoControl(ControlRef logo) override;
+    OSStatus AttachDialogEvents(WindowRef window, EventHandlerProcPtr handler, EventHandlerParams* params) override;
+    OSStatus AttachLogoEvents(ControlRef logo, EventHandlerParams* params) override;
+    bool SetRegistryKey(const char* section, const char* key, const char* value) override;
+    bool GetRegistryKey(const char* section, const char* key, char* buffer, int size) override;
+    const char* TranslateCommon(EffectLangItemType type, const char* key, const char* text) override;
+    CFStringRef TranslateCommonCFString(EffectLangItemType type, const char* key, const char* text) override;
+
+    /// Enters the object's critical region, waiting without limit; its holder may enter again.
+    void EnterCritical();
+    /// Leaves it once.
+    void LeaveCritical();
+    /// Sets the display name; at most 259 bytes are kept. Null keeps the earlier one.
+    void SetProductName(const char* name);
+    /// Sends the component's event, class 'cvev', to the application's event target.
+    static void SendCVEvent(UInt32 kind);
+
+    /// Answers the version as one number, 1.0 for null; minor numbers from 20 on gain places.
+    float GetVersion(CVProductVersion* version);
+    /// Writes the line "Version 1.3 Build 110311" into `buffer` of `size` bytes, cut where it does
+    /// not fit; null writes nothing.
+    void FormatVersionString(char* buffer, int size, CVProductVersion* version);
+
+    /// Answers the URL of the component's own bundle folder, the caller's; null if not found.
+    static CFURLRef GetCurrentBundle();
+    /// Answers the URL of the folder that holds the bundle, the caller's; null if not found.
+    static CFURLRef GetCurrentBundlePath();
+    /// Writes that folder's path into `buffer` of `size` bytes; false if it does not fit.
+    static bool GetCurrentBundlePath(char* buffer, int size);
+    /// Answers the bundle at `path`, the caller's; null for null or where no folder is.
+    static CFBundleRef OpenBundle(const char* path);
+
+    /// Writes `input` in lower case, without the bytes that are not ASCII letters, digits, '.',
+    /// '_' or '-', into `output` of kTextSize bytes, cut there; an empty input writes nothing.
+    static void Normalize(char* output, const char* input);
+
+protected:
+    bool knobsDragVertical;
+    CFBundleRef bundle;
+    uint32_t infoDialogOptions;
+    char productName[kTextSize];
+    char helpFolder[kTextSize];
+    WindowRef infoDialogWindow;
+    MPCriticalRegionID criticalRegion;
+};
+
+/// Holds the object's critical region for a scope.
+class CCriticalScope {
+public:
+    explicit CCriticalScope(CBaseProductManager& manager) : m_manager(manager) { m_manager.EnterCritical(); }
+    ~CCriticalScope() { m_manager.LeaveCritical(); }
+    CCriticalScope(const CCriticalScope&) = delete;
+    CCriticalScope& operator=(const CCriticalScope&) = delete;
+
+private:
+    CBaseProductManager& m_manager;
+};
+
+#endif

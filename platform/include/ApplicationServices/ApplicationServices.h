@@ -1,0 +1,11 @@
+// ApplicationServices/ApplicationServices.h
+//
+// Core Foundation, files, critical regions, images and Launch Services.
+#ifndef APPLICATIONSERVICES_APPLICATIONSERVICES_H
+#define APPLICATIONSERVICES_APPLICATIONSERVICES_H
+
+#include <CarbonCore/MacTypes.h>
+#include <CarbonCore/Multiprocessing.h>
+#include <CoreFoundation/CoreFoundation.h>
+
+#endif

@@ -1,0 +1,71 @@
+// tests/support/TestMain.cpp
+//
+// The main of every test program: a folder of its own serves as home, settings and machine-wide
+// settings, and the user's language is unset, so that no test depends on who runs it.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "tests/support/Support.h"
+
+namespace {
+
+std::string g_folder;
+pid_t g_owner = 0;
+
+void RemoveFolder()
+{
+    std::error_code ignored;
+    if (getpid() == g_owner) // children that a test forks leave it alone
+        std::filesystem::remove_all(g_folder, ignored);
+}
+
+bool MakeFolder()
+{
+    const char* const base = getenv("TMPDIR");
+    std::string pattern = std::string(base && *base ? base : "/tmp") + "/quillets-test-XXXXXX";
+    if (!mkdtemp(pattern.data()))
+        return false;
+    g_folder = std::filesystem::canonical(pattern).string();
+    g_owner = getpid();
+    atexit(RemoveFolder);
+    return true;
+}
+
+} // namespace
+
+std::string OwnFolder()
+{
+    return g_folder;
+}
+
+int main(int count, char** words)
+{
+    if (!MakeFolder()) {
+        std::perror("temporary folder");
+        return 1;
+    }
+    for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG", "DISPLAY", "WAYLAND_DISPLAY"})
+        unsetenv(name);
+    const struct {
+        const char* variable;
+        const char* folder;
+    } homes[] = {{"HOME", "home"},
+                 {"XDG_CONFIG_HOME", "home/.config"},
+                 {"XDG_DATA_HOME", "home/.local/share"},
+                 {"XDG_CACHE_HOME", "home/.cache"},
+                 {"XDG_CONFIG_DIRS", "etc/xdg"},
+                 {"XDG_RUNTIME_DIR", "run"}};
+    for (const auto& home : homes) {
+        const std::string path = g_folder + "/" + home.folder;
+        std::filesystem::create_directories(path);
+        setenv(home.variable, path.c_str(), 1);
+    }
+    std::filesystem::permissions(g_folder + "/run", std::filesystem::perms::owner_all);
+    testing::InitGoogleTest(&count, words);
+    return RUN_ALL_TESTS();
+}
