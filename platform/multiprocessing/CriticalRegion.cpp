@@ -120,11 +120,11 @@ OSStatus MPDeleteCriticalRegion(MPCriticalRegionID region)
 OSStatus MPEnterCriticalRegion(MPCriticalRegionID region, Duration timeout)
 {
     const std::shared_ptr<CRegion> found = FindRegion(region);
-    return found ? found->Enter(timeout) : kMPInvalidIDErr;
+    return found ? found->Enter(timeout) : static_cast<OSStatus>(kMPInvalidIDErr);
 }
 
 OSStatus MPExitCriticalRegion(MPCriticalRegionID region)
 {
     const std::shared_ptr<CRegion> found = FindRegion(region);
-    return found ? found->Exit() : kMPInvalidIDErr;
+    return found ? found->Exit() : static_cast<OSStatus>(kMPInvalidIDErr);
 }
