@@ -3,19 +3,8 @@
 // Reference counts and the calls that work on every kind of object.
 #include "platform/corefoundation/Object.h"
 
-#include <limits>
-
 #include "platform/base/Guard.h"
 #include "platform/corefoundation/String.h"
-
-namespace {
-// The count of constant objects; no object can be retained so often.
-constexpr CFIndex kConstant = std::numeric_limits<CFIndex>::max();
-} // namespace
-
-CObject::CObject(Lifetime lifetime) noexcept : m_references(lifetime == Lifetime::Constant ? kConstant : 1)
-{
-}
 
 void CObject::Retain() const noexcept
 {

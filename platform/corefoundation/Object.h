@@ -5,6 +5,7 @@
 #pragma once
 
 #include <atomic>
+#include <limits>
 #include <string>
 
 #include <CoreFoundation/CFBase.h>
@@ -35,11 +36,31 @@ public:
     CFIndex ReferenceCount() const noexcept { return m_references.load(std::memory_order_relaxed); }
 
 protected:
-    explicit CObject(Lifetime lifetime = Lifetime::Counted) noexcept;
+    /// Constant objects are complete in the library's file, before any initialiser has run.
+    constexpr explicit CObject(Lifetime lifetime = Lifetime::Counted) noexcept
+        : m_references(lifetime == Lifetime::Constant ? kConstant : 1)
+    {
+    }
     virtual ~CObject() = default;
 
 private:
+    // The count of constant objects; no object can be retained so often.
+    static constexpr CFIndex kConstant = std::numeric_limits<CFIndex>::max();
+
     mutable std::atomic<CFIndex> m_references;
+};
+
+/// A constant object of the layer: complete at compile time and never destroyed. A program may hold
+/// a copy of the pointer to it that was made before any initialiser of the layer ran.
+template <typename T>
+union ConstantObject {
+    template <typename... Arguments>
+    constexpr explicit ConstantObject(Arguments... arguments) : object(arguments...)
+    {
+    }
+    ~ConstantObject() {}
+
+    T object;
 };
 
 /// Owns one reference to a T, which derives from CObject.

@@ -66,22 +66,18 @@ int RankOfLeadByte(unsigned char byte)
 
 } // namespace
 
-__CFString::__CFString(std::string_view utf8, CFIndex units, Lifetime lifetime) noexcept
-    : CObject(lifetime), m_size(utf8.size()), m_units(units)
-{
-    char* const bytes = reinterpret_cast<char*>(this + 1);
-    if (!utf8.empty())
-        std::memcpy(bytes, utf8.data(), utf8.size());
-    bytes[utf8.size()] = '\0';
-}
-
 CRef<const __CFString> __CFString::Create(std::string_view utf8, Lifetime lifetime)
 {
     const auto units = CountUtf16Units(utf8);
     if (!units)
         return {};
     void* const memory = ::operator new(sizeof(__CFString) + utf8.size() + 1);
-    return CRef<const __CFString>::Adopt(::new (memory) __CFString(utf8, static_cast<CFIndex>(*units), lifetime));
+    auto* const string = ::new (memory) __CFString(utf8.size(), static_cast<CFIndex>(*units), lifetime);
+    char* const bytes = reinterpret_cast<char*>(string + 1);
+    if (!utf8.empty())
+        std::memcpy(bytes, utf8.data(), utf8.size());
+    bytes[utf8.size()] = '\0';
+    return CRef<const __CFString>::Adopt(string);
 }
 
 void __CFString::operator delete(void* memory) noexcept

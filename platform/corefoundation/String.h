@@ -24,10 +24,39 @@ struct __CFString final : CObject {
     void operator delete(void* memory) noexcept;
 
 private:
-    __CFString(std::string_view utf8, CFIndex units, Lifetime lifetime) noexcept;
+    template <std::size_t Size>
+    friend class CConstantString;
+
+    // The text follows the object in memory.
+    constexpr __CFString(std::size_t size, CFIndex units, Lifetime lifetime) noexcept
+        : CObject(lifetime), m_size(size), m_units(units)
+    {
+    }
 
     std::size_t m_size;
     CFIndex m_units;
+};
+
+/// A string constant that the layer exports, of ASCII text: complete at compile time, for a program
+/// may copy the exported pointer before any initialiser of the layer has run.
+template <std::size_t Size>
+class CConstantString {
+public:
+    constexpr explicit CConstantString(const char (&ascii)[Size])
+        : m_string(Size - 1, Size - 1, Lifetime::Constant), m_text()
+    {
+        for (std::size_t at = 0; at < Size; ++at)
+            m_text[at] = ascii[at];
+    }
+    ~CConstantString() {} // it is never destroyed
+
+    constexpr CFStringRef Get() const { return &m_string; }
+
+private:
+    union {
+        __CFString m_string;
+    };
+    char m_text[Size];
 };
 
 /// Answers the text of a string reference; empty for null.

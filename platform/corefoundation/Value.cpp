@@ -7,7 +7,6 @@
 #include <ctime>
 #include <functional>
 #include <limits>
-#include <new>
 #include <string_view>
 
 #include "platform/base/Guard.h"
@@ -137,14 +136,13 @@ const UInt8* CFDataGetBytePtr(CFDataRef theData)
     return theData ? theData->bytes.data() : nullptr;
 }
 
-// Constant and never destroyed: made in place, in memory that no destructor runs over.
 namespace {
-alignas(__CFBoolean) unsigned char g_true[sizeof(__CFBoolean)];
-alignas(__CFBoolean) unsigned char g_false[sizeof(__CFBoolean)];
+ConstantObject<__CFBoolean> g_true(true);
+ConstantObject<__CFBoolean> g_false(false);
 } // namespace
 
-const CFBooleanRef kCFBooleanTrue = ::new (g_true) __CFBoolean(true);
-const CFBooleanRef kCFBooleanFalse = ::new (g_false) __CFBoolean(false);
+const CFBooleanRef kCFBooleanTrue = &g_true.object;
+const CFBooleanRef kCFBooleanFalse = &g_false.object;
 
 CFTypeID CFBooleanGetTypeID(void)
 {

@@ -36,7 +36,7 @@ struct __CFNumber final : CObject {
 };
 
 struct __CFBoolean final : CObject {
-    explicit __CFBoolean(bool truth) : CObject(Lifetime::Constant), value(truth) {}
+    constexpr explicit __CFBoolean(bool truth) : CObject(Lifetime::Constant), value(truth) {}
 
     TypeId Type() const noexcept override { return TypeId::Truth; }
     CFHashCode Hash() const override { return value ? 1 : 0; }
