@@ -11,14 +11,15 @@
 #include <vector>
 
 #include "platform/base/Guard.h"
+#include "platform/base/NeutralLocale.h"
 #include "platform/corefoundation/Collections.h"
+#include "platform/corefoundation/PropertyListCheck.h"
 #include "platform/corefoundation/String.h"
 #include "platform/corefoundation/Value.h"
 #include <CoreFoundation/CFPropertyList.h>
 
 namespace {
 
-constexpr int kMostDepth = 512;
 constexpr double kUnixTimeOf2001 = 978307200;
 constexpr double kMicrosecond = 1e-6;
 
@@ -88,7 +89,7 @@ CFTypeRef CreateDictionary(plist_t node, int depth)
 
 CFTypeRef CreateObject(plist_t node, int depth)
 {
-    if (depth > kMostDepth)
+    if (depth > kMostPropertyListDepth)
         return nullptr;
     switch (plist_get_node_type(node)) {
     case PLIST_STRING:
@@ -111,8 +112,8 @@ CFTypeRef CreateObject(plist_t node, int depth)
     case PLIST_DATE: {
         std::int32_t seconds = 0;
         std::int32_t microseconds = 0;
-        plist_get_date_val(node, &seconds, &microseconds); // counted from 2001
-        return new __CFDate(seconds + microseconds * kMicrosecond);
+        plist_get_date_val(node, &seconds, &microseconds); // counted from 2001, both away from it
+        return new __CFDate(seconds + (seconds < 0 ? -microseconds : microseconds) * kMicrosecond);
     }
     case PLIST_DATA: {
         std::uint64_t size = 0;
@@ -141,7 +142,7 @@ CFTypeRef CreateObject(plist_t node, int depth)
 // The way back; null for an object that no property list can hold.
 plist_t CreateNode(CFTypeRef object, int depth)
 {
-    if (!object || depth > kMostDepth)
+    if (!object || depth > kMostPropertyListDepth)
         return nullptr;
     switch (ObjectOf(object)->Type()) {
     case TypeId::String: {
@@ -180,7 +181,7 @@ plist_t CreateNode(CFTypeRef object, int depth)
     case TypeId::Dictionary: {
         PlistOwner dictionary(plist_new_dict());
         for (const auto& [key, value] : static_cast<CFDictionaryRef>(object)->pairs) {
-            if (!IsOfType(key, TypeId::String))
+            if (!IsOfType(key, TypeId::String) || Utf8Of(static_cast<CFStringRef>(key)).find('\0') != std::string::npos)
                 return nullptr;
             const plist_t item = CreateNode(value, depth + 1);
             if (!item)
@@ -196,15 +197,21 @@ plist_t CreateNode(CFTypeRef object, int depth)
 
 CFPropertyListRef ParseList(CFDataRef data)
 {
-    if (!data || data->bytes.empty() || data->bytes.size() > std::numeric_limits<std::uint32_t>::max())
+    if (!data)
         return nullptr;
-    const auto* const bytes = reinterpret_cast<const char*>(data->bytes.data());
-    const auto size = static_cast<std::uint32_t>(data->bytes.size());
+    std::string_view bytes(reinterpret_cast<const char*>(data->bytes.data()), data->bytes.size());
+    const bool isBinary = bytes.substr(0, 6) == "bplist";
+    if (!isBinary && bytes.substr(0, 3) == "\xEF\xBB\xBF")
+        bytes.remove_prefix(3); // a byte-order mark
+    if (!(isBinary ? IsSoundBinaryPropertyList(bytes) : IsSoundXmlPropertyList(bytes)))
+        return nullptr;
+    const auto size = static_cast<std::uint32_t>(bytes.size()); // the check bounds it
+    const CNeutralLocale neutral;
     plist_t root = nullptr;
-    if (plist_is_binary(bytes, size))
-        plist_from_bin(bytes, size, &root);
+    if (isBinary)
+        plist_from_bin(bytes.data(), size, &root);
     else
-        plist_from_xml(bytes, size, &root);
+        plist_from_xml(bytes.data(), size, &root);
     const PlistOwner owner(root);
     return root ? CreateObject(root, 0) : nullptr;
 }
@@ -226,10 +233,13 @@ CFDataRef CFPropertyListCreateXMLData(CFAllocatorRef, CFPropertyListRef property
         const PlistOwner root(CreateNode(propertyList, 0));
         if (!root)
             return nullptr;
+        const CNeutralLocale neutral;
         char* text = nullptr;
         std::uint32_t size = 0;
         plist_to_xml(root.get(), &text, &size);
         const MemoryOwner<char> owner(text);
-        return text ? new __CFData(std::vector<UInt8>(text, text + size)) : nullptr;
+        // What is written can be read again, or else is not written.
+        const bool isReadable = text && IsSoundXmlPropertyList({text, size});
+        return isReadable ? new __CFData(std::vector<UInt8>(text, text + size)) : nullptr;
     });
 }
