@@ -16,7 +16,7 @@ constexpr std::size_t kMostPropertyListBytes = std::size_t{16} << 20U;
 constexpr std::size_t kMostPropertyListNodes = std::size_t{1} << 20U;
 /// Keys of one dictionary; with several dictionaries the sum of the squares counts, for libplist
 /// searches a dictionary for every key that it adds.
-constexpr std::size_t kMostPropertyListKeys = std::size_t{1} << 15U;
+constexpr std::size_t kMostPropertyListKeys = std::size_t{1} << 17U;
 
 /// Answers whether the bytes are a whole binary list, version 00: every object inside the data, no
 /// object within itself, keys that are strings, whole numbers of 64 bits, dates within 68 years of
