@@ -4,6 +4,7 @@
 #ifndef APPLICATIONSERVICES_APPLICATIONSERVICES_H
 #define APPLICATIONSERVICES_APPLICATIONSERVICES_H
 
+#include <CarbonCore/Files.h>
 #include <CarbonCore/MacTypes.h>
 #include <CarbonCore/Multiprocessing.h>
 #include <CoreFoundation/CoreFoundation.h>

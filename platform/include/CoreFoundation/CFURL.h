@@ -69,6 +69,13 @@ Boolean CFURLCreateDataAndPropertiesFromResource(CFAllocatorRef alloc, CFURLRef 
                                                  CFDictionaryRef* properties, CFArrayRef desiredProperties,
                                                  SInt32* errorCode) CV_LINK(CFURLCreateDataAndPropertiesFromResource);
 
+/// Makes the reference of the file or folder that `url` names.
+/// @return false, with `fsRef` as it was, unless it exists.
+Boolean CFURLGetFSRef(CFURLRef url, struct FSRef* fsRef) CV_LINK(CFURLGetFSRef);
+/// Answers the URL of what a reference names, the caller's; null for what is no reference and for
+/// what is gone.
+CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const struct FSRef* fsRef) CV_LINK(CFURLCreateFromFSRef);
+
 CV_END_DECLS
 
 #endif
