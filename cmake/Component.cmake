@@ -51,7 +51,9 @@ else()
     add_custom_command(TARGET Quillets POST_BUILD
         COMMAND "${CMAKE_COMMAND}" -E make_directory "${CV_BUNDLE}/Contents/Frameworks"
         COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform>"
-                "${CV_BUNDLE}/Contents/Frameworks/$<TARGET_SONAME_FILE_NAME:cvplatform>")
+                "${CV_BUNDLE}/Contents/Frameworks/$<TARGET_SONAME_FILE_NAME:cvplatform>"
+        COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform-launch>"
+                "${CV_BUNDLE}/Contents/Frameworks/")
     # Resources change without the code; what is gone from the source goes from the bundle too.
     add_custom_target(bundle_resources ALL
         COMMAND "${CMAKE_COMMAND}" -E rm -rf "${CV_BUNDLE}/Contents/Resources"

@@ -8,5 +8,6 @@
 #include <CarbonCore/MacTypes.h>
 #include <CarbonCore/Multiprocessing.h>
 #include <CoreFoundation/CoreFoundation.h>
+#include <LaunchServices/LaunchServices.h>
 
 #endif

@@ -5,6 +5,7 @@
 #define CVPLATFORM_CVPLATFORM_H
 
 #include <CVPlatform/CVLink.h>
+#include <CoreFoundation/CFBase.h>
 
 CV_BEGIN_DECLS
 
@@ -12,6 +13,17 @@ CV_BEGIN_DECLS
 const char* CVGetVersion(void) CV_LINK(CVGetVersion);
 /// Answers the absolute path of the layer's own file, never freed; null where it is unknown.
 const char* CVGetLibraryPath(void) CV_LINK(CVGetLibraryPath);
+
+/// Opens `url` in the system's place. `application` is the URL of the application that was asked
+/// for, or null where the user's default is meant; both are borrowed. Runs on the thread that opens.
+/// @return the status that the opening call answers.
+typedef OSStatus (*CVLaunchProc)(CFURLRef url, CFURLRef application, void* userData);
+/// Lets a host open pages and addresses itself: from now on every one goes to `proc` and no program
+/// is started. Null gives the task back. Any thread; a call under way ends with the earlier one.
+void CVSetLaunchHandler(CVLaunchProc proc, void* userData) CV_LINK(CVSetLaunchHandler);
+/// Answers whether this process is in a sandbox, where the desktop's portal opens what has no
+/// application inside.
+Boolean CVLaunchesThroughPortal(void) CV_LINK(CVLaunchesThroughPortal);
 
 CV_END_DECLS
 
