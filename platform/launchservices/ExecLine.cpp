@@ -36,7 +36,7 @@ std::string SafeForShells(const std::string& uri)
     std::string text;
     for (const char byte : uri) {
         const bool plain = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
-                           (byte >= '0' && byte <= '9') || IsOneOf(byte, "-._~:/@%+,=");
+                           (byte >= '0' && byte <= '9') || IsOneOf(byte, "-._~:/?@%+,=");
         if (plain) {
             text.push_back(byte);
         } else {

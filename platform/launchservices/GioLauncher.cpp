@@ -7,9 +7,12 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
+#include <mutex>
 #include <thread>
 
 #include "platform/launchservices/Bus.h"
@@ -96,16 +99,46 @@ std::string BusName(GDesktopAppInfo* entry)
     return file.size() > suffix ? file.substr(0, file.size() - suffix) : "";
 }
 
-// Runs `work`, which may block, on a thread of its own that nobody waits for.
-void RunApart(std::function<void()> work)
-{
-    std::thread([work = std::move(work)] {
+// Work that may block, each piece on a thread of its own.
+class CBusWork {
+public:
+    void Start(std::function<void()> work)
+    {
+        Change(+1);
         try {
-            work();
-        } catch (...) { // out of memory; what was asked for does not open
+            std::thread([this, work = std::move(work)] {
+                try {
+                    work();
+                } catch (...) { // out of memory; what was asked for does not open
+                }
+                Change(-1);
+            }).detach();
+        } catch (...) {
+            Change(-1);
+            throw;
         }
-    }).detach();
-}
+    }
+
+    bool Finish(double seconds)
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        return m_changed.wait_for(lock, std::chrono::duration<double>(seconds), [this] { return m_running == 0; });
+    }
+
+private:
+    void Change(int by)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_running += by;
+        m_changed.notify_all();
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    int m_running = 0;
+};
+
+auto& g_busWork = *new CBusWork;
 
 bool StartInPath(const Arguments& arguments, const std::string& folder)
 {
@@ -133,7 +166,7 @@ Launch StartEntry(GDesktopAppInfo* entry, const std::vector<LaunchItem>& items)
     if (!line || !*line) { // an entry may name no program if the bus can start it
         if (!g_desktop_app_info_get_boolean(entry, "DBusActivatable"))
             return Launch::Failed;
-        RunApart([id = BusName(entry), items] { (void)OpenThroughActivation(id, items); });
+        g_busWork.Start([id = BusName(entry), items] { (void)OpenThroughActivation(id, items); });
         return Launch::Started;
     }
     int count = 0;
@@ -193,13 +226,15 @@ public:
 
     bool HasPortal() override { return IsSandboxed(); }
 
+    bool Finish(double seconds) override { return g_busWork.Finish(seconds); }
+
     Launch Open(const std::string& entry, const std::vector<LaunchItem>& items) override
     {
         const CSignalsBlocked blocked;
         if (const AppInfo application = OpenEntry(entry))
             return StartEntry(application.get(), items);
         if (IsSandboxed()) {
-            RunApart([items] {
+            g_busWork.Start([items] {
                 for (const LaunchItem& item : items) {
                     if (!OpenThroughPortal(item))
                         (void)StartDefault(item);

@@ -39,6 +39,9 @@ public:
     /// Opens `items` with the application of `entry`; each with its default where `entry` names
     /// none.
     virtual Launch Open(const std::string& entry, const std::vector<LaunchItem>& items) = 0;
+    /// Waits until no service of the desktop is being asked any more, at most `seconds`.
+    /// @return whether none is.
+    virtual bool Finish(double seconds) = 0;
 };
 
 /// What the module exports: answers its launcher, which is never destroyed. The name changes with

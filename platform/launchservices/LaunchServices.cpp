@@ -50,14 +50,17 @@ ILauncher* LoadLauncher()
     return getLauncher ? getLauncher() : nullptr;
 }
 
+ILauncher* LoadedLauncher()
+{
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    return g_launcher;
+}
+
 // Null on a machine without GLib; that is looked at anew each time, for it may be installed.
 ILauncher* Launcher()
 {
-    {
-        const std::lock_guard<std::mutex> lock(g_mutex);
-        if (g_launcher)
-            return g_launcher;
-    }
+    if (ILauncher* const known = LoadedLauncher())
+        return known;
     ILauncher* const loaded = LoadLauncher(); // not under the lock: initialisers of GLib run in here
     const std::lock_guard<std::mutex> lock(g_mutex);
     g_launcher = loaded;
@@ -135,6 +138,14 @@ Boolean CVLaunchesThroughPortal(void)
     return Guarded<Boolean>(false, [&]() -> Boolean {
         ILauncher* const launcher = Launcher();
         return launcher && launcher->HasPortal();
+    });
+}
+
+Boolean CVFinishLaunches(double seconds)
+{
+    return Guarded<Boolean>(false, [&]() -> Boolean {
+        ILauncher* const launcher = LoadedLauncher();
+        return !launcher || launcher->Finish(seconds);
     });
 }
 

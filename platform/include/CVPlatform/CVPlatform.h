@@ -25,6 +25,12 @@ void CVSetLaunchHandler(CVLaunchProc proc, void* userData) CV_LINK(CVSetLaunchHa
 /// application inside.
 Boolean CVLaunchesThroughPortal(void) CV_LINK(CVLaunchesThroughPortal);
 
+/// Waits until no service of the desktop is being asked to open something any more, at most `seconds`.
+/// Programs that are started live on without us, but who asks a service and ends at once may not
+/// be heard: for programs that do not stay.
+/// @return whether none is being asked.
+Boolean CVFinishLaunches(double seconds) CV_LINK(CVFinishLaunches);
+
 CV_END_DECLS
 
 #endif
