@@ -2,16 +2,20 @@
 //
 // `quillets doctor`: what the component finds on this machine, and what is missing.
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 
 #include "tools/quillets/Bundle.h"
+#include "tools/quillets/Help.h"
 #include "tools/quillets/Output.h"
 #include <CVPlatform/CVPlatform.h>
 
 namespace {
+
+constexpr unsigned kKnobTopic = 300; // what the information dialog's Help button opens
 
 // One finding a line; what is wrong is marked and counted.
 class CReport {
@@ -58,6 +62,24 @@ void ReportBundle(CReport& report, const LoadedBundle& loaded)
         report.Miss("own place", "the component cannot find its own bundle");
 }
 
+void ReportHelp(CReport& report, const LoadedBundle& loaded)
+{
+    if (!loaded.manager)
+        return;
+    const HelpPage page = FindHelpPage(*loaded.manager, kKnobTopic);
+    if (page.path.empty())
+        report.Miss("help", "the bundle has no help pages");
+    else if (access(page.path.c_str(), R_OK) != 0)
+        report.Miss("help", "cannot be read: " + page.path);
+    else
+        report.Say("help", page.path);
+    const std::string viewer = page.path.empty() ? "" : DescribeViewer(page);
+    if (!viewer.empty())
+        report.Say("help viewer", viewer);
+    else if (!page.path.empty())
+        report.Miss("help viewer", "no application opens HTML pages; set a default browser");
+}
+
 void ReportLayer(CReport& report)
 {
     const char* const path = CVGetLibraryPath();
@@ -71,6 +93,7 @@ int Run(const Arguments& arguments)
     const LoadedBundle loaded = LoadBundle(arguments);
     CReport report;
     ReportBundle(report, loaded);
+    ReportHelp(report, loaded);
     ReportLayer(report);
     return report.Missing() == 0 ? kExitOk : kExitFailed;
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-const Command* const kCommands[] = {&kIdentityCommand, &kDoctorCommand};
+const Command* const kCommands[] = {&kIdentityCommand, &kHelpCommand, &kDoctorCommand};
 
 void PrintHelp()
 {
