@@ -64,6 +64,23 @@ CRef<__CFBundle> OpenFolder(std::string path)
     return CRef<__CFBundle>::Adopt(place);
 }
 
+std::string FindFile(const std::string& resources, const std::string& file, ResourceOrder order, struct stat& status)
+{
+    const auto exists = [&status](const std::string& path) {
+        return stat(path.c_str(), &status) == 0;
+    };
+    const std::string plain = resources + file;
+    if (order == ResourceOrder::PlainFirst && exists(plain))
+        return plain;
+    for (const std::string& folder : LanguageFolders()) {
+        std::string localised = resources;
+        localised.append("/").append(folder).append(file);
+        if (exists(localised))
+            return localised;
+    }
+    return order == ResourceOrder::LocalisedFirst && exists(plain) ? plain : "";
+}
+
 std::string ExecutablePath(CFBundleRef bundle)
 {
     const std::string path = bundle->Path();
@@ -128,8 +145,21 @@ std::string __CFBundle::Path() const
     return m_path;
 }
 
+std::string __CFBundle::LastKnownPath() const
+{
+    const std::lock_guard<std::mutex> lock(m_pathMutex);
+    return m_path;
+}
+
 std::string __CFBundle::FindResource(std::string_view name, std::string_view type, std::string_view subFolder,
                                      ResourceOrder order) const
+{
+    struct stat status = {};
+    return FindResource(name, type, subFolder, order, status);
+}
+
+std::string __CFBundle::FindResource(std::string_view name, std::string_view type, std::string_view subFolder,
+                                     ResourceOrder order, struct stat& status) const
 {
     std::string file;
     if (!subFolder.empty())
@@ -139,17 +169,14 @@ std::string __CFBundle::FindResource(std::string_view name, std::string_view typ
         file.append(".").append(type);
     if (name.empty() || file.find('\0') != std::string::npos)
         return "";
-    const std::string resources = Path() + std::string(kResources);
-    const std::string plain = resources + file;
-    if (order == ResourceOrder::PlainFirst && Exists(plain))
-        return plain;
-    for (const std::string& folder : LanguageFolders()) {
-        std::string localised = resources;
-        localised.append("/").append(folder).append(file);
-        if (Exists(localised))
-            return localised;
+    // What is found needs no look at the folder itself; where nothing is, the folder may have moved.
+    const std::string known = LastKnownPath();
+    std::string found = FindFile(known + std::string(kResources), file, order, status);
+    if (found.empty()) {
+        if (const std::string now = Path(); now != known)
+            found = FindFile(now + std::string(kResources), file, order, status);
     }
-    return order == ResourceOrder::LocalisedFirst && Exists(plain) ? plain : "";
+    return found;
 }
 
 CFTypeID CFBundleGetTypeID(void)
@@ -201,10 +228,10 @@ CFURLRef CFBundleCopyResourceURL(CFBundleRef bundle, CFStringRef resourceName, C
     if (!bundle)
         return nullptr;
     return Guarded<CFURLRef>(nullptr, [&]() -> CFURLRef {
-        const std::string path = bundle->FindResource(Utf8Of(resourceName), Utf8Of(resourceType), Utf8Of(subDirName),
-                                                      ResourceOrder::PlainFirst);
         struct stat status = {};
-        return path.empty() ? nullptr : UrlOfPath(path, IsFolder(path, status)).Detach();
+        const std::string path = bundle->FindResource(Utf8Of(resourceName), Utf8Of(resourceType), Utf8Of(subDirName),
+                                                      ResourceOrder::PlainFirst, status);
+        return path.empty() ? nullptr : UrlOfPath(path, S_ISDIR(status.st_mode)).Detach();
     });
 }
 

@@ -3,6 +3,7 @@
 // The bundle object, and how resources are found in it.
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <mutex>
@@ -37,6 +38,10 @@ struct __CFBundle final : CObject {
     std::string FindResource(std::string_view name, std::string_view type, std::string_view subFolder,
                              ResourceOrder order) const;
 
+    /// The same, telling also what is there through `status`.
+    std::string FindResource(std::string_view name, std::string_view type, std::string_view subFolder,
+                             ResourceOrder order, struct stat& status) const;
+
     const dev_t device;
     const ino_t node;
 
@@ -46,6 +51,8 @@ struct __CFBundle final : CObject {
     void* code = nullptr; // what dlopen gave
 
 private:
+    std::string LastKnownPath() const;
+
     mutable std::mutex m_pathMutex;
     mutable std::string m_path;
 };

@@ -300,7 +300,8 @@ std::string_view Trimmed(std::string_view text)
 
 bool TakePrefix(std::string_view& text, std::string_view prefix)
 {
-    if (text.substr(0, prefix.size()) != prefix)
+    // The first byte decides nearly always.
+    if (text.empty() || text.front() != prefix.front() || text.substr(0, prefix.size()) != prefix)
         return false;
     text.remove_prefix(prefix.size());
     return true;
@@ -467,7 +468,10 @@ private:
     bool SkipBetweenTags()
     {
         for (;;) {
-            m_rest.remove_prefix(std::min(m_rest.find_first_not_of(" \t\r\n"), m_rest.size()));
+            while (!m_rest.empty() && IsSpace(m_rest.front()))
+                m_rest.remove_prefix(1);
+            if (m_rest.size() < 2 || (m_rest[1] != '!' && m_rest[1] != '?'))
+                return true; // nearly always
             const bool isProlog = m_open.empty() && !m_isComplete;
             if (TakePrefix(m_rest, "<!--")) {
                 if (!SkipPast("-->"))
@@ -491,16 +495,19 @@ private:
         if (!TakePrefix(m_rest, "<"))
             return false;
         tag.isEnd = TakePrefix(m_rest, "/");
-        const std::size_t end = m_rest.find_first_of("<>");
-        if (end == std::string_view::npos || m_rest[end] != '>')
-            return false;
+        const std::size_t end = m_rest.find('>');
         std::string_view inside = m_rest.substr(0, end);
+        if (end == std::string_view::npos || inside.find('<') != std::string_view::npos)
+            return false;
         m_rest.remove_prefix(end + 1);
         if (!tag.isEnd && !inside.empty() && inside.back() == '/') {
             tag.isEmpty = true;
             inside.remove_suffix(1);
         }
-        tag.name = inside.substr(0, inside.find_first_of(" \t\r\n"));
+        std::size_t length = 0;
+        while (length < inside.size() && !IsSpace(inside[length]))
+            ++length;
+        tag.name = inside.substr(0, length);
         const bool mayHaveAttributes = tag.name == "plist" && !tag.isEnd;
         return mayHaveAttributes || Trimmed(inside.substr(tag.name.size())).empty();
     }
