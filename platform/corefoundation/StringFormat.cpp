@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/base/Guard.h"
+#include "platform/base/NeutralLocale.h"
 #include "platform/base/Text.h"
 #include "platform/corefoundation/String.h"
 
@@ -383,6 +384,7 @@ CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef, CFDictionaryRef
         if (!CParser(format->Utf8()).Parse(fields, kinds))
             return nullptr;
         const std::vector<Value> values = FetchArguments(kinds, arguments);
+        const CNeutralLocale neutral;
         std::string text;
         for (const Field& field : fields)
             AppendField(text, field, values);

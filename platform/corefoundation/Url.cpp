@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -34,6 +35,14 @@ bool IsDigit(char byte)
 bool IsUnreserved(char byte)
 {
     return IsAlpha(byte) || IsDigit(byte) || std::strchr("-._~", byte) != nullptr;
+}
+
+// Schemes and hosts are the same in either case.
+bool IsSameWord(std::string_view text, std::string_view lowerCase)
+{
+    return std::equal(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(), [](char byte, char lower) {
+        return (byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte) == lower;
+    });
 }
 
 int HexValue(char byte)
@@ -200,14 +209,14 @@ std::string Resolve(const __CFURL& url)
     path += own.path;
     // A file's path is kept as it stands: a folder on the way may be a symbolic link, and then
     // ".." leads elsewhere than the text says.
-    return JoinUrl(target, base.scheme && *base.scheme == "file" ? path : RemoveDotSegments(path));
+    return JoinUrl(target, base.scheme && IsSameWord(*base.scheme, "file") ? path : RemoveDotSegments(path));
 }
 
 std::optional<std::string> FilePathOfText(std::string_view text, bool needScheme)
 {
     const UrlParts parts = SplitUrl(text);
-    const bool isFile = parts.scheme ? *parts.scheme == "file" : !needScheme;
-    const bool isLocal = !parts.authority || parts.authority->empty() || *parts.authority == "localhost";
+    const bool isFile = parts.scheme ? IsSameWord(*parts.scheme, "file") : !needScheme;
+    const bool isLocal = !parts.authority || parts.authority->empty() || IsSameWord(*parts.authority, "localhost");
     if (!isFile || !isLocal)
         return std::nullopt;
     auto path = Unescape(parts.path);

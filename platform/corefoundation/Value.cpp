@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "platform/base/Guard.h"
+#include "platform/base/NeutralLocale.h"
 
 namespace {
 
@@ -79,6 +80,7 @@ std::string __CFNumber::Describe() const
 {
     if (!isFloat)
         return std::to_string(integer);
+    const CNeutralLocale neutral;
     char text[40] = "";
     snprintf(text, sizeof text, "%.17g", number);
     char shorter[40] = "";
