@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -26,15 +27,24 @@ struct Image {
     std::string name; // as the loader has it
 };
 
+struct ImageList {
+    unsigned long long added = 0; // the loader's counters when the list was made
+    unsigned long long removed = 0;
+    std::vector<Image> images;
+};
+using SharedList = std::shared_ptr<ImageList>; // not changed once it is shared
+
 struct Images {
     std::mutex mutex;
-    unsigned long long added = 0;
-    unsigned long long removed = 0;
-    std::vector<Image> list;
+    SharedList list = std::make_shared<ImageList>();
     std::set<std::string> names; // what was handed out; bounded by the files ever loaded
 };
 
 Images& g_images = *new Images;
+
+// What the calling thread counted last: its indices mean these images until it counts again, also
+// while other threads load and unload.
+thread_local SharedList t_counted;
 
 const mach_header* HeaderOf(const dl_phdr_info& info)
 {
@@ -54,32 +64,41 @@ bool IsVirtual(const dl_phdr_info& info)
 
 int AddImage(dl_phdr_info* info, std::size_t, void* context)
 {
-    auto& images = *static_cast<Images*>(context);
+    auto& list = *static_cast<ImageList*>(context);
     return Guarded<int>(-1, [&] {
-        if (images.list.empty()) {
-            images.added = info->dlpi_adds;
-            images.removed = info->dlpi_subs;
-        }
+        list.added = info->dlpi_adds;
+        list.removed = info->dlpi_subs;
         if (!IsVirtual(*info))
-            images.list.push_back({HeaderOf(*info), info->dlpi_name ? info->dlpi_name : ""});
+            list.images.push_back({HeaderOf(*info), info->dlpi_name ? info->dlpi_name : ""});
         return 0;
     });
 }
 
 int CompareCounters(dl_phdr_info* info, std::size_t, void* context)
 {
-    const auto& images = *static_cast<const Images*>(context);
-    return info->dlpi_adds == images.added && info->dlpi_subs == images.removed ? 1 : 2;
+    const auto& list = *static_cast<const ImageList*>(context);
+    return info->dlpi_adds == list.added && info->dlpi_subs == list.removed ? 1 : 2;
 }
 
-// Brings the list up to date. Called with the mutex held, which the loader never asks for.
-void Refresh()
+// Answers the list as it is now. The loader never asks for our mutex.
+SharedList CurrentList()
 {
-    if (!g_images.list.empty() && dl_iterate_phdr(CompareCounters, &g_images) == 1)
-        return;
-    g_images.list.clear();
-    if (dl_iterate_phdr(AddImage, &g_images) != 0)
-        g_images.list.clear();
+    const std::lock_guard<std::mutex> lock(g_images.mutex);
+    ImageList& known = *g_images.list;
+    if (known.images.empty() || dl_iterate_phdr(CompareCounters, &known) != 1) {
+        const SharedList fresh = std::make_shared<ImageList>();
+        if (dl_iterate_phdr(AddImage, fresh.get()) != 0)
+            return std::make_shared<ImageList>(); // no memory
+        g_images.list = fresh;
+    }
+    return g_images.list;
+}
+
+const Image* FindImage(std::uint32_t index)
+{
+    if (!t_counted)
+        t_counted = CurrentList();
+    return index < t_counted->images.size() ? &t_counted->images[index] : nullptr;
 }
 
 bool IsThere(const std::string& path)
@@ -157,29 +176,27 @@ std::string CurrentPath(const Image& image, bool isProgram)
 uint32_t _dyld_image_count(void)
 {
     return Guarded<uint32_t>(0, [] {
-        const std::lock_guard<std::mutex> lock(g_images.mutex);
-        Refresh();
-        return static_cast<uint32_t>(g_images.list.size());
+        t_counted = CurrentList();
+        return static_cast<uint32_t>(t_counted->images.size());
     });
 }
 
 const struct mach_header* _dyld_get_image_header(uint32_t image_index)
 {
     return Guarded<const mach_header*>(nullptr, [&]() -> const mach_header* {
-        const std::lock_guard<std::mutex> lock(g_images.mutex);
-        Refresh();
-        return image_index < g_images.list.size() ? g_images.list[image_index].header : nullptr;
+        const Image* const image = FindImage(image_index);
+        return image ? image->header : nullptr;
     });
 }
 
 const char* _dyld_get_image_name(uint32_t image_index)
 {
     return Guarded<const char*>(nullptr, [&]() -> const char* {
-        const std::lock_guard<std::mutex> lock(g_images.mutex);
-        Refresh();
-        if (image_index >= g_images.list.size())
+        const Image* const image = FindImage(image_index);
+        const std::string path = image ? CurrentPath(*image, image_index == 0) : "";
+        if (path.empty())
             return nullptr;
-        const std::string path = CurrentPath(g_images.list[image_index], image_index == 0);
-        return path.empty() ? nullptr : g_images.names.insert(path).first->c_str();
+        const std::lock_guard<std::mutex> lock(g_images.mutex);
+        return g_images.names.insert(path).first->c_str();
     });
 }

@@ -1,7 +1,8 @@
 // mach-o/dyld.h
 //
 // The images (programs and shared libraries) that are loaded into this process. Every call works
-// on every thread; the list changes when libraries are loaded and unloaded.
+// on every thread. The list changes when libraries are loaded and unloaded; a thread's indices mean
+// the images that it counted last, so that a search is not led astray by other threads.
 #ifndef MACH_O_DYLD_H
 #define MACH_O_DYLD_H
 
@@ -13,7 +14,8 @@ CV_BEGIN_DECLS
 /// The first bytes of an image in memory; on this platform its ELF header.
 struct mach_header;
 
-/// Answers how many images are loaded. Index 0 is the main executable.
+/// Answers how many images are loaded, and numbers them for the calling thread. Index 0 is the main
+/// executable.
 uint32_t _dyld_image_count(void) CV_LINK(_dyld_image_count);
 /// Answers where an image begins in memory; null for an index out of range.
 const struct mach_header* _dyld_get_image_header(uint32_t image_index) CV_LINK(_dyld_get_image_header);
