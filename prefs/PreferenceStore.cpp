@@ -1,7 +1,59 @@
 // prefs/PreferenceStore.cpp
 //
 // The store of small settings that all plug-ins share, and the one setting of the component's own.
+#include <stdio.h>
+
 #include "frame/BaseProductManager.h"
+#include "frame/Owned.h"
+
+namespace {
+
+const char kCommonSection[] = "Common";
+const char kKnobKey[] = "Knobs Drag Vertical";
+
+CFStringRef MakeText(const char* utf8)
+{
+    return utf8 ? CFStringCreateWithCString(kCFAllocatorDefault, utf8, kCFStringEncodingUTF8) : nullptr;
+}
+
+// Names the domain of a section; the caller releases it.
+CFStringRef MakeDomain(const char* section)
+{
+    char normalised[CBaseProductManager::kTextSize] = "";
+    char identifier[CBaseProductManager::kTextSize] = "";
+    CBaseProductManager::Normalize(normalised, section);
+    snprintf(identifier, sizeof identifier - 1, "%s.%s", "com.corvane", normalised);
+    return MakeText(identifier);
+}
+
+bool WriteValue(CFStringRef domain, CFStringRef key, CFStringRef value, CFStringRef user)
+{
+    CFPreferencesSetValue(key, value, domain, user, kCFPreferencesCurrentHost);
+    return CFPreferencesSynchronize(domain, user, kCFPreferencesCurrentHost) != 0;
+}
+
+CFPropertyListRef CopyValue(CFStringRef domain, CFStringRef key, CFStringRef user)
+{
+    // The result is of no use here: what cannot be synchronised may still be read.
+    (void)CFPreferencesSynchronize(domain, user, kCFPreferencesCurrentHost);
+    return CFPreferencesCopyValue(key, domain, user, kCFPreferencesCurrentHost);
+}
+
+// Answers what a value reads as, the caller's; null for what has no text. Other programs may have
+// stored a number or a boolean.
+CFStringRef CopyText(CFPropertyListRef value)
+{
+    const CFTypeID type = CFGetTypeID(value);
+    if (type == CFStringGetTypeID())
+        return static_cast<CFStringRef>(CFRetain(value));
+    if (type == CFBooleanGetTypeID())
+        return MakeText(CFBooleanGetValue(static_cast<CFBooleanRef>(value)) ? "true" : "false");
+    if (type == CFNumberGetTypeID())
+        return CFStringCreateWithFormat(kCFAllocatorDefault, nullptr, CFSTR("%@"), value);
+    return nullptr;
+}
+
+} // namespace
 
 void CBaseProductManager::Normalize(char* output, const char* input)
 {
@@ -17,13 +69,34 @@ void CBaseProductManager::Normalize(char* output, const char* input)
     }
 }
 
-bool CBaseProductManager::SetRegistryKey(const char*, const char*, const char*)
+bool CBaseProductManager::SetRegistryKey(const char* section, const char* key, const char* value)
 {
-    return false;
+    if (!section || !key)
+        return false;
+    const COwned<CFStringRef> domain(MakeDomain(section));
+    const COwned<CFStringRef> name(MakeText(key));
+    const COwned<CFStringRef> text(MakeText(value)); // null removes the key
+    if (!domain || !name)
+        return false;
+    return WriteValue(domain.Get(), name.Get(), text.Get(), kCFPreferencesAnyUser) ||
+           WriteValue(domain.Get(), name.Get(), text.Get(), kCFPreferencesCurrentUser);
 }
 
-bool CBaseProductManager::GetRegistryKey(const char*, const char*, char*, int)
+bool CBaseProductManager::GetRegistryKey(const char* section, const char* key, char* buffer, int size)
 {
+    if (!section || !key || !buffer || size <= 0)
+        return false;
+    const COwned<CFStringRef> domain(MakeDomain(section));
+    const COwned<CFStringRef> name(MakeText(key));
+    if (!domain || !name)
+        return false;
+    const CFStringRef users[] = {kCFPreferencesAnyUser, kCFPreferencesCurrentUser};
+    for (const CFStringRef user : users) {
+        const COwned<CFPropertyListRef> value(CopyValue(domain.Get(), name.Get(), user));
+        const COwned<CFStringRef> text(value ? CopyText(value.Get()) : nullptr);
+        if (text)
+            return CFStringGetCString(text.Get(), buffer, size, kCFStringEncodingUTF8) != 0;
+    }
     return false;
 }
 
@@ -35,5 +108,5 @@ bool CBaseProductManager::KnobsDragVertical()
 void CBaseProductManager::SetDragVertical(bool flag)
 {
     knobsDragVertical = flag;
-    (void)SetRegistryKey("Common", "Knobs Drag Vertical", flag ? "yes" : "no");
+    (void)SetRegistryKey(kCommonSection, kKnobKey, flag ? "yes" : "no");
 }

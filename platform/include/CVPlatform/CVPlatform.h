@@ -31,6 +31,11 @@ Boolean CVLaunchesThroughPortal(void) CV_LINK(CVLaunchesThroughPortal);
 /// @return whether none is being asked.
 Boolean CVFinishLaunches(double seconds) CV_LINK(CVFinishLaunches);
 
+/// Answers where a domain's file lies or would lie, an absolute path, the caller's to release; the
+/// arguments are those of CFPreferencesCopyValue. Null for an unknown scope or without a home.
+CFStringRef CVPreferencesCopyPath(CFStringRef applicationID, CFStringRef userName, CFStringRef hostName)
+    CV_LINK(CVPreferencesCopyPath);
+
 CV_END_DECLS
 
 #endif
