@@ -16,28 +16,21 @@
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFPreferences.h>
 
-// As for all constant objects of the layer, the pointers are known when it is linked.
 namespace {
-
-struct Constant {
-    explicit Constant(std::string_view text) { (void)__CFString::MakeConstantIn(memory, text); }
-    alignas(__CFString) unsigned char memory[sizeof(__CFString) + 40];
-};
-const Constant g_anyUser("kCFPreferencesAnyUser");
-const Constant g_currentUser("kCFPreferencesCurrentUser");
-const Constant g_anyHost("kCFPreferencesAnyHost");
-const Constant g_currentHost("kCFPreferencesCurrentHost");
-const Constant g_anyApplication("kCFPreferencesAnyApplication");
-const Constant g_currentApplication("kCFPreferencesCurrentApplication");
-
+const CConstantString g_anyUser("kCFPreferencesAnyUser");
+const CConstantString g_currentUser("kCFPreferencesCurrentUser");
+const CConstantString g_anyHost("kCFPreferencesAnyHost");
+const CConstantString g_currentHost("kCFPreferencesCurrentHost");
+const CConstantString g_anyApplication("kCFPreferencesAnyApplication");
+const CConstantString g_currentApplication("kCFPreferencesCurrentApplication");
 } // namespace
 
-const CFStringRef kCFPreferencesAnyUser = reinterpret_cast<CFStringRef>(g_anyUser.memory);
-const CFStringRef kCFPreferencesCurrentUser = reinterpret_cast<CFStringRef>(g_currentUser.memory);
-const CFStringRef kCFPreferencesAnyHost = reinterpret_cast<CFStringRef>(g_anyHost.memory);
-const CFStringRef kCFPreferencesCurrentHost = reinterpret_cast<CFStringRef>(g_currentHost.memory);
-const CFStringRef kCFPreferencesAnyApplication = reinterpret_cast<CFStringRef>(g_anyApplication.memory);
-const CFStringRef kCFPreferencesCurrentApplication = reinterpret_cast<CFStringRef>(g_currentApplication.memory);
+const CFStringRef kCFPreferencesAnyUser = g_anyUser.Get();
+const CFStringRef kCFPreferencesCurrentUser = g_currentUser.Get();
+const CFStringRef kCFPreferencesAnyHost = g_anyHost.Get();
+const CFStringRef kCFPreferencesCurrentHost = g_currentHost.Get();
+const CFStringRef kCFPreferencesAnyApplication = g_anyApplication.Get();
+const CFStringRef kCFPreferencesCurrentApplication = g_currentApplication.Get();
 
 namespace {
 
