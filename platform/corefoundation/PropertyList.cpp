@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr double kUnixTimeOf2001 = 978307200;
 constexpr double kMicrosecond = 1e-6;
 
 struct PlistFree {
