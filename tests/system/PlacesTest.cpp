@@ -144,7 +144,8 @@ TEST(Places, TheBundleBringsItsLayer)
     CopyBundle(folder / "x y/Quillets.bundle");
     const ProgramResult result = RunProgram({CV_LOADER, folder / "x y/Quillets.bundle/Contents/MacOS/Quillets"});
     EXPECT_EQ(result.code, 0) << result.err;
-    EXPECT_NE(result.out.find(folder / "x y/Quillets.bundle/Contents/MacOS/../Frameworks/libcvplatform.so.1"), std::string::npos)
+    EXPECT_NE(result.out.find(folder / "x y/Quillets.bundle/Contents/MacOS/../Frameworks/libcvplatform.so.1"),
+              std::string::npos)
         << result.out;
 }
 
