@@ -6,6 +6,7 @@
 #include <climits>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/base/Guard.h"
 #include "platform/corefoundation/Collections.h"
@@ -95,6 +96,10 @@ std::shared_ptr<CPreferencesDomain> FindDomain(CFStringRef applicationID, CFStri
     return applicationID && scope ? CPreferencesStore::Get().Find(DomainOf(applicationID), *scope) : nullptr;
 }
 
+// A change that could not even be noted (no memory, no home just now): this thread's next
+// synchronisation must not say that all is on disk.
+thread_local bool t_hasLostChange = false;
+
 // Answers an object that its giver cannot change afterwards; empty where it is no property list.
 CRef<const CObject> Frozen(CFPropertyListRef value)
 {
@@ -110,15 +115,18 @@ CRef<const CObject> Frozen(CFPropertyListRef value)
 void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef applicationID, CFStringRef userName,
                            CFStringRef hostName)
 {
-    if (!key)
+    if (!key || !applicationID || !ScopeOf(userName, hostName))
         return;
-    (void)Guarded<bool>(false, [&] {
-        const auto domain = FindDomain(applicationID, userName, hostName);
+    const bool done = Guarded<bool>(false, [&] {
         const auto kept = value ? Frozen(value) : CRef<const CObject>();
-        if (domain && (kept || !value))
+        if (value && !kept)
+            return true; // no property list: nothing to do
+        const auto domain = FindDomain(applicationID, userName, hostName);
+        if (domain)
             domain->Set(CRef<const __CFString>::Share(key), kept);
-        return true;
+        return domain != nullptr;
     });
+    t_hasLostChange = t_hasLostChange || !done;
 }
 
 CFPropertyListRef CFPreferencesCopyValue(CFStringRef key, CFStringRef applicationID, CFStringRef userName,
@@ -139,7 +147,8 @@ Boolean CFPreferencesSynchronize(CFStringRef applicationID, CFStringRef userName
         if (!applicationID || !scope)
             return false;
         const auto found = CPreferencesStore::Get().FindWithNews(DomainOf(applicationID), *scope);
-        return found.domain && found.domain->Synchronize(found.news);
+        const bool synchronized = found.domain && found.domain->Synchronize(found.news);
+        return !std::exchange(t_hasLostChange, false) && synchronized;
     });
 }
 
@@ -184,7 +193,7 @@ Boolean CFPreferencesAppSynchronize(CFStringRef applicationID)
                 searched.ofAnyApplication ? kDomainOfAny : DomainOf(applicationID), searched.scope);
             all = found.domain && found.domain->Synchronize(found.news) && all;
         }
-        return all;
+        return !std::exchange(t_hasLostChange, false) && all;
     });
 }
 

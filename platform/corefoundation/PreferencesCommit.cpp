@@ -38,33 +38,31 @@ bool FlushFolder(const std::string& path) noexcept
 
 bool MakeFolder(const std::string& path, mode_t mode) noexcept
 {
-    if (mkdir(path.c_str(), mode) != 0)
+    if (Uninterrupted([&] { return mkdir(path.c_str(), mode); }) != 0)
         return errno == EEXIST;
     const CDescriptor folder(Uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (!folder)
         return false;
     GiveToOwnerOfFolder(folder.Get(), FolderOf(path));
-    return fchmod(folder.Get(), mode) == 0; // whatever the umask took away
+    return Uninterrupted([&] { return fchmod(folder.Get(), mode); }) == 0; // whatever the umask took away
 }
 
 bool MakeFolders(const std::string& path, mode_t mode)
 {
     struct stat status = {};
-    if (stat(path.c_str(), &status) == 0)
+    if (Uninterrupted([&] { return stat(path.c_str(), &status); }) == 0)
         return true;
     const std::string parent = FolderOf(path);
     return MakeFolders(parent, mode) && MakeFolder(path, mode) && FlushFolder(parent);
 }
 
-// Makes what is missing of the folder, and sees to it that its name is on disk. Another process may
-// have made it and have been killed before it came to that: each process makes sure once.
-bool EnsureFolder(const std::string& path, mode_t mode)
+// Sees to it that the names of the folders are on disk. Another process may have made them and have
+// been killed before it came to that: each process makes sure once.
+bool FlushWayTo(const std::string& path)
 {
     constexpr int kLevelsOfOurs = 3;            // by host, the maker's, and the user's for settings
     std::mutex& mutex = PreferencesForkMutex(); // free in a forked child
     static auto& flushed = *new std::set<std::string>;
-    if (!MakeFolders(path, mode))
-        return false;
     {
         const std::lock_guard<std::mutex> lock(mutex);
         if (flushed.count(path) != 0)
@@ -87,7 +85,7 @@ std::optional<std::string> ResolveLinks(std::string path)
 {
     for (int links = 0; links <= kMostLinks; ++links) {
         struct stat status = {};
-        if (lstat(path.c_str(), &status) != 0)
+        if (Uninterrupted([&] { return lstat(path.c_str(), &status); }) != 0)
             return errno == ENOENT ? std::optional<std::string>(path) : std::nullopt;
         if (!S_ISLNK(status.st_mode))
             return path;
@@ -167,20 +165,20 @@ public:
 
     bool Write(std::string_view bytes, mode_t mode)
     {
-        if (!Create() && (errno != EEXIST || unlink(m_path.c_str()) != 0 || !Create()))
+        if (!Create() && (errno != EEXIST || Uninterrupted([&] { return unlink(m_path.c_str()); }) != 0 || !Create()))
             return false;
         GiveToOwnerOfFolder(m_descriptor.Get(), FolderOf(m_target));
-        return fchmod(m_descriptor.Get(), mode) == 0 && WriteWhole(m_descriptor.Get(), bytes) &&
-               Uninterrupted([&] { return fsync(m_descriptor.Get()); }) == 0;
+        return Uninterrupted([&] { return fchmod(m_descriptor.Get(), mode); }) == 0 &&
+               WriteWhole(m_descriptor.Get(), bytes) && Uninterrupted([&] { return fsync(m_descriptor.Get()); }) == 0;
     }
 
     /// Puts it in the file's place; `stamp` receives its stamp there.
     bool Rename(FileStamp& stamp) noexcept
     {
-        if (rename(m_path.c_str(), m_target.c_str()) != 0)
+        if (Uninterrupted([&] { return rename(m_path.c_str(), m_target.c_str()); }) != 0)
             return false;
         struct stat status = {};
-        stamp = fstat(m_descriptor.Get(), &status) == 0 ? StampOf(status) : FileStamp();
+        stamp = Uninterrupted([&] { return fstat(m_descriptor.Get(), &status); }) == 0 ? StampOf(status) : FileStamp();
         m_descriptor.Close();
         return true;
     }
@@ -204,14 +202,15 @@ bool PutAside(const std::string& target)
 {
     for (int number = 1; number <= kMostPutAside; ++number) {
         const std::string aside = target + ".damaged-" + std::to_string(number);
-        if (link(target.c_str(), aside.c_str()) == 0)
+        if (Uninterrupted([&] { return link(target.c_str(), aside.c_str()); }) == 0)
             return true;
         if (errno == EEXIST)
             continue;
         if (errno != EPERM && errno != EOPNOTSUPP && errno != EMLINK)
             return false;
         // A file system without second names: the file moves.
-        if (renameat2(AT_FDCWD, target.c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE) == 0)
+        if (Uninterrupted(
+                [&] { return renameat2(AT_FDCWD, target.c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE); }) == 0)
             return true;
         if (errno != EEXIST)
             return false;
@@ -221,14 +220,17 @@ bool PutAside(const std::string& target)
 
 // Sees to it that what is stored already is on disk: who stored it may have been killed, or may be
 // about to flush the folder.
-bool EnsureDurable(const std::string& target, const PreferencesFile& file, const CPreferencesLock& lock)
+bool EnsureDurable(const PreferencesPlace& place, const std::string& target, const PreferencesFile& file,
+                   const CPreferencesLock& lock)
 {
     const std::string folder = FolderOf(target);
-    if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0)
+    if (Uninterrupted([&] { return faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS); }) != 0)
         return false;
     DurabilityRecord record = lock.Record();
     if (record.magic != 0 && record.renamed == record.durable && record.stamp == file.stamp)
         return true;
+    if (!FlushWayTo(place.folder))
+        return false;
     if (file.state != FileState::Absent) {
         const CDescriptor descriptor(Uninterrupted([&] { return open(target.c_str(), O_RDONLY | O_CLOEXEC); }));
         if (!descriptor || Uninterrupted([&] { return fsync(descriptor.Get()); }) != 0)
@@ -248,7 +250,7 @@ bool CommitPreferences(const PreferencesPlace& place, const PreferenceChanges& c
                        PreferencesFile& file)
 {
     CPreferencesLock lock;
-    if (!EnsureFolder(place.folder, place.folderMode))
+    if (!MakeFolders(place.folder, place.folderMode))
         return false;
     const auto target = LockTarget(place.file, lock, deadline);
     if (!target)
@@ -259,11 +261,11 @@ bool CommitPreferences(const PreferencesPlace& place, const PreferenceChanges& c
     const auto merged = Merged(*now.values, changes);
     file = std::move(now);
     if (!merged)
-        return EnsureDurable(*target, file, lock);
+        return EnsureDurable(place, *target, file, lock);
 
     auto bytes = WriteBinaryPropertyList(*merged);
     CTemporaryFile temporary(*target);
-    if (!bytes || !temporary.Write(*bytes, place.fileMode))
+    if (!bytes || !FlushWayTo(place.folder) || !temporary.Write(*bytes, place.fileMode))
         return false;
     if (file.state == FileState::Malformed && !PutAside(*target))
         return false;

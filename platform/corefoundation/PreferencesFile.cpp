@@ -83,7 +83,8 @@ bool ReadWhole(int descriptor, off_t expected, std::string& bytes)
 bool HasOtherNames(const std::string& path, const struct stat& status) noexcept
 {
     struct stat own = {};
-    return status.st_nlink != 1 || lstat(path.c_str(), &own) != 0 || S_ISLNK(own.st_mode);
+    return status.st_nlink != 1 || Uninterrupted([&] { return lstat(path.c_str(), &own); }) != 0 ||
+           S_ISLNK(own.st_mode);
 }
 
 bool IsLocalMagic(const struct statfs& system) noexcept
@@ -137,16 +138,16 @@ PreferencesFile ReadPreferencesFile(const std::string& path, const PreferencesFi
         const bool absent = errno == ENOENT || errno == ENOTDIR;
         file.state = absent ? FileState::Absent : FileState::Unreadable;
         file.isLocal = IsOnLocalFileSystem(path);
-        file.isLinked = lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+        file.isLinked = Uninterrupted([&] { return lstat(path.c_str(), &status); }) == 0 && S_ISLNK(status.st_mode);
         file.stamp = absent ? FileStamp() : CurrentStamp(path, file.isLocal);
         file.isSettled = file.isLocal && ShowsLaterChanges(file.stamp, readAt);
         return file;
     }
     struct statfs system = {};
-    const bool known2 = fstat(descriptor.Get(), &status) == 0;
+    const bool hasStatus = Uninterrupted([&] { return fstat(descriptor.Get(), &status); }) == 0;
     file.isLocal = fstatfs(descriptor.Get(), &system) == 0 && IsLocalMagic(system);
     file.state = FileState::Unreadable;
-    if (!known2)
+    if (!hasStatus)
         return file;
     file.stamp = StampOf(status);
     file.isSettled = file.isLocal && ShowsLaterChanges(file.stamp, readAt);
@@ -172,12 +173,12 @@ FileStamp CurrentStamp(const std::string& path, bool local) noexcept
 {
     struct stat status = {};
     if (local)
-        return stat(path.c_str(), &status) == 0 ? StampOf(status) : FileStamp();
+        return Uninterrupted([&] { return stat(path.c_str(), &status); }) == 0 ? StampOf(status) : FileStamp();
     // A network file system promises current attributes to those who open the file.
     const CDescriptor descriptor = OpenForReading(path);
     if (descriptor)
-        return fstat(descriptor.Get(), &status) == 0 ? StampOf(status) : FileStamp();
-    return stat(path.c_str(), &status) == 0 ? StampOf(status) : FileStamp();
+        return Uninterrupted([&] { return fstat(descriptor.Get(), &status); }) == 0 ? StampOf(status) : FileStamp();
+    return Uninterrupted([&] { return stat(path.c_str(), &status); }) == 0 ? StampOf(status) : FileStamp();
 }
 
 bool IsOnLocalFileSystem(const std::string& path) noexcept

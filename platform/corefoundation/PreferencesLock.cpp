@@ -65,8 +65,9 @@ CPreferencesLock::Attempt CPreferencesLock::Try(const std::string& path)
     m_held = true;
     struct stat mine = {};
     struct stat named = {};
-    const bool same = fstat(m_descriptor.Get(), &mine) == 0 && lstat(path.c_str(), &named) == 0 &&
-                      mine.st_dev == named.st_dev && mine.st_ino == named.st_ino;
+    const bool same = Uninterrupted([&] { return fstat(m_descriptor.Get(), &mine); }) == 0 &&
+                      Uninterrupted([&] { return lstat(path.c_str(), &named); }) == 0 && mine.st_dev == named.st_dev &&
+                      mine.st_ino == named.st_ino;
     return same ? Attempt::Taken : Attempt::Gone;
 }
 

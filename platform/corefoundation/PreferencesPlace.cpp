@@ -7,8 +7,11 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "platform/base/Descriptor.h"
@@ -80,12 +83,23 @@ std::optional<std::string> FindUserBase()
     return WithoutSlash(found) + "/.config";
 }
 
-std::string ReadMachineId()
+// Empty where the machine has no identity; nullopt where it cannot be read just now (no descriptor is
+// free, say): another name then would be another file.
+std::optional<std::string> ReadMachineId()
 {
-    const CDescriptor file(open("/etc/machine-id", O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const CDescriptor file(Uninterrupted([] { return open("/etc/machine-id", O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
+    if (!file)
+        return errno == ENOENT || errno == EACCES ? std::optional<std::string>("") : std::nullopt;
     char text[33] = "";
-    if (!file || Uninterrupted([&] { return read(file.Get(), text, sizeof text - 1); }) != 32)
-        return {};
+    std::size_t length = 0;
+    while (length < 32) {
+        const ssize_t count = Uninterrupted([&] { return read(file.Get(), text + length, 32 - length); });
+        if (count < 0)
+            return std::nullopt;
+        if (count == 0)
+            break;
+        length += static_cast<std::size_t>(count);
+    }
     return std::strspn(text, "0123456789abcdef") == 32 ? text : std::string();
 }
 
@@ -119,17 +133,31 @@ std::string NameOf(std::string_view text, std::size_t longest)
     return name.substr(0, kept) + "~" + Sha256Hex(text);
 }
 
-const std::string& HostName()
+std::optional<std::string> FindHostName()
 {
-    static const std::string& name = *new std::string([] {
-        std::string id = ReadMachineId();
-        if (!id.empty())
-            return id;
-        char host[256] = "";
-        if (gethostname(host, sizeof host - 1) != 0 || !*host)
-            return std::string("localhost");
-        return NameOf(host, kLongestHost);
-    }());
+    const auto id = ReadMachineId();
+    if (!id || !id->empty())
+        return id;
+    char host[256] = "";
+    if (gethostname(host, sizeof host - 1) != 0 || !*host)
+        return "localhost";
+    return NameOf(host, kLongestHost);
+}
+
+// The machine's name in file names, found once; null where it cannot be found just now.
+const std::string* HostName()
+{
+    static std::atomic<const std::string*> known{nullptr};
+    const std::string* name = known.load(std::memory_order_acquire);
+    if (name)
+        return name;
+    auto found = FindHostName();
+    if (!found)
+        return nullptr;
+    const auto* const made = new std::string(std::move(*found));
+    if (known.compare_exchange_strong(name, made, std::memory_order_acq_rel))
+        return made;
+    delete made;
     return name;
 }
 
@@ -138,15 +166,17 @@ const std::string& HostName()
 std::optional<PreferencesPlace> FindPreferencesPlace(std::string_view domain, PreferencesScope scope)
 {
     const bool forAnyUser = scope.user == PreferencesUser::Any;
+    const bool forThisHost = scope.host == PreferencesHost::Current;
     const std::optional<std::string> base = forAnyUser ? FindMachineBase() : FindUserBase();
-    if (!base)
+    const std::string* const host = forThisHost ? HostName() : nullptr;
+    if (!base || (forThisHost && !host))
         return std::nullopt;
     PreferencesPlace place;
     place.folder = *base + std::string(kMakerFolder);
     std::string name = NameOf(domain, kLongestDomain);
-    if (scope.host == PreferencesHost::Current) {
+    if (forThisHost) {
         place.folder += kHostFolder;
-        name += "." + HostName();
+        name += "." + *host;
     }
     place.file = place.folder + "/" + name + std::string(kExtension);
     place.fileMode = forAnyUser ? 0644 : 0600;

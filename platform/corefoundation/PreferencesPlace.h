@@ -30,7 +30,7 @@ struct PreferencesPlace {
 
 /// Finds the place of a domain. The name is the domain's own as far as a file name can hold it;
 /// else its beginning and its hash, so that domains that differ never share a file.
-/// @return nullopt where the user has no home.
+/// @return nullopt where the user has no home, or the machine's identity cannot be read just now.
 std::optional<PreferencesPlace> FindPreferencesPlace(std::string_view domain, PreferencesScope scope);
 
 /// Tells whether the variables that decide the folders are still what they were. Much cheaper than

@@ -82,13 +82,13 @@ TEST_F(Preferences, ManyChangesTakeOneWrite)
 
 TEST_F(Preferences, AValueChangedAfterwardsByItsGiverIsKeptAsItWas)
 {
-    const CFMutableDictionaryRef given = CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
-                                                                   &kCFTypeDictionaryValueCallBacks);
+    const CFMutableDictionaryRef given =
+        CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
     CFDictionarySetValue(given, CFSTR("k"), CFSTR("before"));
     Set(CFSTR("d"), given, kCFPreferencesCurrentUser);
     CFDictionarySetValue(given, CFSTR("k"), CFSTR("after"));
-    const auto kept = static_cast<CFDictionaryRef>(CFPreferencesCopyValue(
-        CFSTR("d"), CFSTR("an.app"), kCFPreferencesCurrentUser, kCFPreferencesCurrentHost));
+    const auto kept = static_cast<CFDictionaryRef>(
+        CFPreferencesCopyValue(CFSTR("d"), CFSTR("an.app"), kCFPreferencesCurrentUser, kCFPreferencesCurrentHost));
     EXPECT_EQ(TextOf(static_cast<CFStringRef>(CFDictionaryGetValue(kept, CFSTR("k")))), "before");
     CFRelease(given);
     CFRelease(kept);
@@ -147,7 +147,9 @@ TEST_F(Preferences, KeyListHoldsStoredAndPendingKeys)
 TEST_F(Preferences, AppCallsSearchTheScopesInOrder)
 {
     const CFStringRef app = CFSTR("an.app");
-    const auto appValue = [&] { return Take(CFPreferencesCopyAppValue(CFSTR("k"), app)); };
+    const auto appValue = [&] {
+        return Take(CFPreferencesCopyAppValue(CFSTR("k"), app));
+    };
     EXPECT_EQ(appValue(), "(null)");
     CFPreferencesSetValue(CFSTR("k"), CFSTR("any"), kCFPreferencesAnyApplication, kCFPreferencesAnyUser,
                           kCFPreferencesAnyHost);

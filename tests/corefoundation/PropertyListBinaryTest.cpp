@@ -63,8 +63,9 @@ std::string ListOfBytes(const std::string& object)
 TEST(PropertyListBinary, EveryTextComesBack)
 {
     for (const std::string_view text :
-         {std::string_view(""), std::string_view("plain"), std::string_view("a\0b\0", 4), std::string_view("\r\n\t\x01\x7F"),
-          std::string_view("\xC3\xA9 e\xCC\x81"), std::string_view("\xEF\xBF\xBE\xEF\xBF\xBF\xEF\xB7\x90"),
+         {std::string_view(""), std::string_view("plain"), std::string_view("a\0b\0", 4),
+          std::string_view("\r\n\t\x01\x7F"), std::string_view("\xC3\xA9 e\xCC\x81"),
+          std::string_view("\xEF\xBF\xBE\xEF\xBF\xBF\xEF\xB7\x90"),
           std::string_view("\xF0\x9F\x8E\x9B\xF4\x8F\xBF\xBF"), std::string_view("\xED\x9F\xBF\xEE\x80\x80")})
         ExpectRoundTrip(Text(text));
     for (const std::size_t size : {14U, 15U, 16U, 255U, 256U, 65535U, 65536U}) {
@@ -78,9 +79,9 @@ TEST(PropertyListBinary, EveryTextComesBack)
 
 TEST(PropertyListBinary, EveryValueComesBack)
 {
-    for (const std::int64_t number : {std::int64_t(0), std::int64_t(255), std::int64_t(256), std::int64_t(65536),
-                                      std::int64_t(1) << 32, std::int64_t(-1), std::numeric_limits<std::int64_t>::min(),
-                                      std::numeric_limits<std::int64_t>::max()})
+    for (const std::int64_t number :
+         {std::int64_t(0), std::int64_t(255), std::int64_t(256), std::int64_t(65536), std::int64_t(1) << 32,
+          std::int64_t(-1), std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()})
         ExpectRoundTrip(Object::Adopt(new __CFNumber(number)));
     for (const double number : {0.0, -0.5, 1e308, 5e-324, 0.1})
         ExpectRoundTrip(Object::Adopt(new __CFNumber(number)));
@@ -167,7 +168,8 @@ TEST(PropertyListBinary, TruncatedBytesMakeNothingOrAnObject)
 
 TEST(PropertyListBinary, AnotherReaderUnderstandsIt)
 {
-    const auto bytes = WriteBinaryPropertyList(*DictionaryOf({{Text("Gr\xC3\xBC\xC3\x9F"), Text("a\rb \xF0\x9F\x8E\x9B")}}));
+    const auto bytes =
+        WriteBinaryPropertyList(*DictionaryOf({{Text("Gr\xC3\xBC\xC3\x9F"), Text("a\rb \xF0\x9F\x8E\x9B")}}));
     ASSERT_TRUE(bytes);
     plist_t root = nullptr;
     plist_from_bin(bytes->data(), static_cast<std::uint32_t>(bytes->size()), &root);

@@ -2,15 +2,18 @@
 //
 // `quillets doctor`: what the component finds on this machine, and what is missing.
 #include <dlfcn.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
 #include "tools/quillets/Bundle.h"
 #include "tools/quillets/Help.h"
 #include "tools/quillets/Output.h"
+#include "tools/quillets/Preferences.h"
 #include <CVPlatform/CVPlatform.h>
 
 namespace {
@@ -28,6 +31,10 @@ public:
     {
         ++m_missing;
         std::printf("MISSING %-12s %s\n", subject, Printable(finding).c_str());
+    }
+    void Note(const char* subject, const std::string& finding)
+    {
+        std::printf("  note  %-12s %s\n", subject, Printable(finding).c_str());
     }
     int Missing() const { return m_missing; }
 
@@ -86,6 +93,44 @@ void ReportLayer(CReport& report)
     report.Say("layer", std::string(CVGetVersion()) + (path ? std::string(" at ") + path : std::string()));
 }
 
+// The settings' files: whether they can be read, who may, and what was put aside.
+void ReportPreferences(CReport& report)
+{
+    const struct {
+        const char* subject;
+        CFStringRef user;
+    } kScopes[] = {{"machine", kCFPreferencesAnyUser}, {"user", kCFPreferencesCurrentUser}};
+    for (const auto& scope : kScopes) {
+        const std::filesystem::path folder = std::filesystem::path(PreferencePath("Common", scope.user)).parent_path();
+        std::error_code error;
+        if (folder.empty()) {
+            report.Miss(scope.subject, "no home: settings of this user cannot be kept");
+            continue;
+        }
+        const bool writable = access(folder.c_str(), W_OK | X_OK) == 0;
+        const bool exists = std::filesystem::exists(folder, error);
+        report.Say(scope.subject, folder.string() + (!exists    ? " (not there yet)"
+                                                     : writable ? " (writable)"
+                                                                : " (not writable)"));
+        for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+            const std::string name = entry.path().filename().string();
+            struct stat status = {};
+            if (name.find(".plist.damaged-") != std::string::npos) {
+                report.Note(scope.subject, "put aside: " + name);
+            } else if (entry.path().extension() != ".plist") {
+                continue;
+            } else if (stat(entry.path().c_str(), &status) != 0 || !S_ISREG(status.st_mode) ||
+                       access(entry.path().c_str(), R_OK) != 0) {
+                report.Miss(scope.subject, name + " cannot be read");
+            } else {
+                char mode[8] = "";
+                std::snprintf(mode, sizeof mode, "%04o", static_cast<unsigned>(status.st_mode & 07777U));
+                report.Say(scope.subject, name + ", " + std::to_string(status.st_size) + " bytes, mode " + mode);
+            }
+        }
+    }
+}
+
 int Run(const Arguments& arguments)
 {
     if (!arguments.words.empty())
@@ -95,6 +140,7 @@ int Run(const Arguments& arguments)
     ReportBundle(report, loaded);
     ReportHelp(report, loaded);
     ReportLayer(report);
+    ReportPreferences(report);
     return report.Missing() == 0 ? kExitOk : kExitFailed;
 }
 

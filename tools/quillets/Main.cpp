@@ -8,7 +8,7 @@
 
 namespace {
 
-const Command* const kCommands[] = {&kIdentityCommand, &kHelpCommand, &kDoctorCommand};
+const Command* const kCommands[] = {&kIdentityCommand, &kPrefsCommand, &kHelpCommand, &kDoctorCommand};
 
 void PrintHelp()
 {
