@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 
 #include "tests/support/PreferencesSupport.h"
@@ -367,6 +368,26 @@ TEST_P(PreferenceFreshness, AForkedChildSeesChangesAndTakesNoneFromItsParent)
 
 INSTANTIATE_TEST_SUITE_P(Ways, PreferenceFreshness, testing::Values(false, true),
                          [](const auto& way) { return way.param ? "ByNotification" : "ByStamps"; });
+
+TEST_F(PreferenceFiles, AStoppedWriterHoldsUpAWriteForTwoSecondsOnly)
+{
+    ASSERT_TRUE(SetKey("Common", "Key", "before"));
+    const int other = open((MachineFile() + ".lock").c_str(), O_RDWR | O_CLOEXEC);
+    struct flock whole = {};
+    whole.l_type = F_WRLCK;
+    ASSERT_EQ(fcntl(other, F_OFD_SETLK, &whole), 0);
+    const auto start = std::chrono::steady_clock::now();
+    CFPreferencesSetValue(CFSTR("Key"), CFSTR("after"), CFSTR("com.corvane.common"), kCFPreferencesAnyUser,
+                          kCFPreferencesCurrentHost);
+    EXPECT_FALSE(
+        CFPreferencesSynchronize(CFSTR("com.corvane.common"), kCFPreferencesAnyUser, kCFPreferencesCurrentHost));
+    const auto waited = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(waited, std::chrono::milliseconds(1900));
+    EXPECT_LT(waited, std::chrono::seconds(10)) << "two, on a machine that has nothing else to do";
+    EXPECT_EQ(GetKey("Common", "Key"), "before") << "reading waits for nobody";
+    close(other);
+    EXPECT_TRUE(SetKey("Common", "Key", "after"));
+}
 
 std::size_t CountDescriptors()
 {
