@@ -156,12 +156,12 @@ TEST_F(PreferencesLock, IsNotKeptByAForkedChild)
     ASSERT_EQ(pipe(ends), 0);
     const pid_t holder = StartHolder([&] {
         pthread_atfork(HoldPreferencesLocks, ReleasePreferencesLocks, AbandonPreferencesLocks);
-        child = fork();
-        if (child == 0) {
+        if (fork() == 0) {
+            const pid_t own = getpid();
+            (void)!write(ends[1], &own, sizeof own); // it has closed its copy before it comes here
             for (;;)
                 pause();
         }
-        (void)!write(ends[1], &child, sizeof child);
     });
     ASSERT_EQ(read(ends[0], &child, sizeof child), static_cast<ssize_t>(sizeof child));
     EXPECT_FALSE(IsFree()) << "the parent has it still";
