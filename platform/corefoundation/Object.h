@@ -11,7 +11,7 @@
 #include <CoreFoundation/CFBase.h>
 
 /// What CFGetTypeID answers.
-enum class TypeId : CFTypeID { String = 1, Data, Array, Dictionary, Number, Truth, Date, Url, Bundle, Opaque };
+enum class TypeId : CFTypeID { String = 1, Data, Array, Dictionary, Number, Truth, Date, Url, Bundle, Opaque, Image };
 
 /// Constant objects live until the process ends and are not counted.
 enum class Lifetime { Counted, Constant };

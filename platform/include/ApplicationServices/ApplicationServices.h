@@ -8,6 +8,8 @@
 #include <CarbonCore/MacTypes.h>
 #include <CarbonCore/Multiprocessing.h>
 #include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CGGeometry.h>
+#include <CoreGraphics/CGImage.h>
 #include <LaunchServices/LaunchServices.h>
 
 #endif
