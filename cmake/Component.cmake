@@ -6,6 +6,7 @@ add_library(component OBJECT
     frame/Bundle.cpp
     frame/BuildNumber.cpp
     frame/Entry.cpp
+    frame/Image.cpp
     frame/ProductManager.cpp
     frame/Version.cpp
     prefs/PreferenceStore.cpp
@@ -53,6 +54,8 @@ else()
         COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform>"
                 "${CV_BUNDLE}/Contents/Frameworks/$<TARGET_SONAME_FILE_NAME:cvplatform>"
         COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform-launch>"
+                "${CV_BUNDLE}/Contents/Frameworks/"
+        COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform-image>"
                 "${CV_BUNDLE}/Contents/Frameworks/")
     # Resources change without the code; what is gone from the source goes from the bundle too.
     add_custom_target(bundle_resources ALL

@@ -64,6 +64,9 @@ public:
     static bool GetCurrentBundlePath(char* buffer, int size);
     /// Answers the bundle at `path`, the caller's; null for null or where no folder is.
     static CFBundleRef OpenBundle(const char* path);
+    /// Answers the image in the resource file `name`.`type` of the object's bundle, the caller's;
+    /// null when there is no bundle, no such file or no image in it.
+    CGImageRef LoadImageFromResourcesBundle(CFStringRef name, CFStringRef type);
 
     /// Writes `input` in lower case, without the bytes that are not ASCII letters, digits, '.',
     /// '_' or '-', into `output` of kTextSize bytes, cut there; an empty input writes nothing.

@@ -3,6 +3,7 @@
 // Making images and counting their references.
 #include "platform/coregraphics/Image.h"
 
+#include <algorithm>
 #include <utility>
 
 CRef<CGImage> CGImage::Create(std::size_t width, std::size_t height, std::vector<std::uint32_t> pixels)
@@ -42,4 +43,19 @@ size_t CGImageGetWidth(CGImageRef image)
 size_t CGImageGetHeight(CGImageRef image)
 {
     return IsOfType(image, TypeId::Image) ? image->Height() : 0;
+}
+
+size_t CGImageGetBitsPerPixel(CGImageRef image)
+{
+    return IsOfType(image, TypeId::Image) ? 32 : 0;
+}
+
+CGImageAlphaInfo CGImageGetAlphaInfo(CGImageRef image)
+{
+    if (!IsOfType(image, TypeId::Image))
+        return kCGImageAlphaNone;
+    const std::uint32_t* const pixels = image->Pixels();
+    const bool isOpaque = std::all_of(pixels, pixels + image->Width() * image->Height(),
+                                      [](std::uint32_t pixel) { return pixel >= 0xFF000000U; });
+    return isOpaque ? kCGImageAlphaNoneSkipFirst : kCGImageAlphaPremultipliedFirst;
 }

@@ -27,7 +27,9 @@ struct CGImage final : CObject {
 
 private:
     CGImage(std::size_t width, std::size_t height, std::vector<std::uint32_t> pixels) noexcept
-        : m_width(width), m_height(height), m_pixels(std::move(pixels)) {}
+        : m_width(width), m_height(height), m_pixels(std::move(pixels))
+    {
+    }
 
     const std::size_t m_width;
     const std::size_t m_height;

@@ -25,7 +25,7 @@ struct Content {
     std::uint64_t place;
     std::uint64_t hash;
 };
-static_assert(sizeof(Content) <= sizeof(FSRef));
+static_assert(sizeof(Content) == kRefContentSize);
 static_assert(sizeof(FSRef) == 80);
 
 class CPathTable {

@@ -32,6 +32,7 @@ extern const Command kIdentityCommand;
 extern const Command kDoctorCommand;
 extern const Command kHelpCommand;
 extern const Command kPrefsCommand;
+extern const Command kPictureCommand;
 
 /// Takes `option` out of the words; false where it is not there.
 bool TakeFlag(std::vector<std::string_view>& words, std::string_view option);

@@ -8,7 +8,7 @@
 
 namespace {
 
-const Command* const kCommands[] = {&kIdentityCommand, &kPrefsCommand, &kHelpCommand, &kDoctorCommand};
+const Command* const kCommands[] = {&kIdentityCommand, &kPrefsCommand, &kHelpCommand, &kPictureCommand, &kDoctorCommand};
 
 void PrintHelp()
 {

@@ -6,6 +6,7 @@
 
 #include <CVPlatform/CVLink.h>
 #include <CoreFoundation/CFBase.h>
+#include <CoreGraphics/CGImage.h>
 
 CV_BEGIN_DECLS
 
@@ -13,6 +14,10 @@ CV_BEGIN_DECLS
 const char* CVGetVersion(void) CV_LINK(CVGetVersion);
 /// Answers the absolute path of the layer's own file, never freed; null where it is unknown.
 const char* CVGetLibraryPath(void) CV_LINK(CVGetLibraryPath);
+/// Writes an image into a PNG file, with its alpha where it has any. Any thread.
+/// @param path  replaced as a whole if it is a file: on failure it is as it was.
+/// @return false for what is no image, and when the file or the image module is not to be had.
+Boolean CVWriteImageAsPNG(CGImageRef image, const char* path) CV_LINK(CVWriteImageAsPNG);
 
 /// Opens `url` in the system's place. `application` is the URL of the application that was asked
 /// for, or null where the user's default is meant; both are borrowed. Runs on the thread that opens.

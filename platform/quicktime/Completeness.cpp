@@ -1,0 +1,70 @@
+// platform/quicktime/Completeness.cpp
+//
+// Walks over the pieces of a file without looking into them: PNG chunks (ISO/IEC 15948, 5), JPEG
+// segments (ITU-T T.81, B.1).
+#include "platform/quicktime/Completeness.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr std::uint8_t kPngSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+constexpr std::uint8_t kJpegSignature[] = {0xFF, 0xD8, 0xFF};
+constexpr std::uint32_t kPngEndChunk = 0x49454E44; // 'IEND'
+
+template <std::size_t size>
+bool BeginsWith(Bytes file, const std::uint8_t (&signature)[size])
+{
+    return file.size >= size && std::memcmp(file.data, signature, size) == 0;
+}
+
+bool IsCompletePng(CByteReader reader)
+{
+    reader.Skip(sizeof kPngSignature);
+    while (!reader.Failed()) {
+        const std::size_t length = reader.U32();
+        const std::uint32_t type = reader.U32();
+        reader.Skip(length);
+        reader.Skip(4); // checksum
+        if (type == kPngEndChunk)
+            return !reader.Failed();
+    }
+    return false;
+}
+
+bool IsCompleteJpeg(CByteReader reader)
+{
+    enum { kStuffed = 0x00, kFirstRestart = 0xD0, kStart = 0xD8, kEnd = 0xD9, kScan = 0xDA, kFill = 0xFF };
+    bool isScan = false; // inside coded data, where only markers count
+    while (!reader.Failed()) {
+        if (reader.U8() != kFill) {
+            if (!isScan)
+                return false;
+            continue;
+        }
+        unsigned marker = kFill;
+        while (marker == kFill && !reader.Failed())
+            marker = reader.U8();
+        if (marker == kEnd)
+            return !reader.Failed();
+        if (marker == kStuffed || (marker >= kFirstRestart && marker <= kStart))
+            continue;
+        const std::size_t length = reader.U16();
+        if (length < 2)
+            return false;
+        reader.Skip(length - 2);
+        isScan = marker == kScan;
+    }
+    return false;
+}
+
+} // namespace
+
+bool IsCompleteImageFile(Bytes file)
+{
+    if (BeginsWith(file, kPngSignature))
+        return IsCompletePng(CByteReader(file));
+    if (BeginsWith(file, kJpegSignature))
+        return IsCompleteJpeg(CByteReader(file));
+    return true;
+}
