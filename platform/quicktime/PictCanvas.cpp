@@ -7,7 +7,7 @@
 
 namespace {
 // A real picture draws each pixel a few times. One made to waste time ends here, in about a second.
-constexpr std::uint64_t kMostWork = std::uint64_t(1) << 28U;
+constexpr std::uint64_t kMostWork = std::uint64_t(1) << 27U;
 } // namespace
 
 CPictCanvas::CPictCanvas(const PictRect& source, int width, int height)

@@ -320,16 +320,27 @@ void CPictPlayer::DrawShape(Verb verb, ShapePtr shape, ShapePtr inner)
 void CPictPlayer::FillWith(CPictShape& shape, const PictPattern& pattern, int mode)
 {
     const Raster& tile = pattern.tile;
+    if (!tile.argb.empty()) {
+        const int tileMode = mode < 2 * kCopyPattern ? mode & ~kCopyPattern : mode;
+        m_canvas.Fill(shape, nullptr, [&](std::uint32_t* pixels, int y, int left, int right) {
+            const std::uint32_t* const row = tile.Row(y % tile.height);
+            for (int x = left; x < right; ++x)
+                pixels[x] = CombineColour(tileMode, row[x % tile.width], pixels[x], m_inks);
+        });
+        return;
+    }
     m_canvas.Fill(shape, nullptr, [&](std::uint32_t* pixels, int y, int left, int right) {
-        for (int x = left; x < right; ++x) {
-            if (!tile.argb.empty()) {
-                const int tileMode = mode < 2 * kCopyPattern ? mode & ~kCopyPattern : mode;
-                pixels[x] = CombineColour(tileMode, tile.Row(y % tile.height)[x % tile.width], pixels[x], m_inks);
-            } else {
-                const bool bit = ((pattern.bits[static_cast<std::size_t>(y) % 8] >> (7 - x % 8)) & 1) != 0;
-                pixels[x] = CombineBit(mode, bit, pixels[x], m_inks);
-            }
+        const unsigned bits = pattern.bits[static_cast<unsigned>(y) % 8];
+        const auto bitAt = [bits](int x) {
+            return ((bits >> (7 - static_cast<unsigned>(x) % 8)) & 1U) != 0;
+        };
+        if (mode == kCopyPattern) { // nearly always
+            for (int x = left; x < right; ++x)
+                pixels[x] = bitAt(x) ? m_inks.foreground : m_inks.background;
+            return;
         }
+        for (int x = left; x < right; ++x)
+            pixels[x] = CombineBit(mode, bitAt(x), pixels[x], m_inks);
     });
 }
 

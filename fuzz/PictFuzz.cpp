@@ -1,0 +1,24 @@
+// fuzz/PictFuzz.cpp
+//
+// QuickDraw pictures of any bytes. Images inside are one pixel, so that the time goes into ours.
+#include "platform/quicktime/Pict.h"
+
+namespace {
+
+std::optional<Raster> OnePixel(Bytes file, std::uint64_t mostPixels)
+{
+    Raster raster;
+    if (file.size == 0 || mostPixels == 0)
+        return std::nullopt;
+    raster.width = raster.height = 1;
+    raster.argb = {0x80402010};
+    return raster;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    (void)DecodePict({data, size}, OnePixel);
+    return 0;
+}
