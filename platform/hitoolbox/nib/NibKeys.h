@@ -85,7 +85,6 @@ constexpr Field<NibMenu> kMenuFields[] = {
 constexpr Field<NibMenuItem> kMenuItemFields[] = {
     {"title", &NibMenuItem::title},
     {"command", &NibMenuItem::command},
-    {"keyEquivalent", &NibMenuItem::keyEquivalent},
     {"keyEquivalentModifier", &NibMenuItem::keyModifiers},
     {"separator", &NibMenuItem::separator},
     {"checked", &NibMenuItem::checked},

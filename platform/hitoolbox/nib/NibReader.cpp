@@ -339,8 +339,12 @@ private:
         NibMenuItem& item = menu.items.emplace_back();
         KnownMenu submenu;
         ForEachChild(*object, [&](const NibNode& value) {
-            if (!Take(kMenuItemFields, value, item) && value.key == "submenu")
+            if (value.key == "submenu")
                 submenu = ReadMenu(value, depth + 1);
+            else if (value.key == "keyEquivalent")
+                item.keyEquivalent = UnescapeNibText(value.text); // a return is a key here, no line break
+            else
+                Take(kMenuItemFields, value, item);
         });
         item.submenu = std::move(submenu.menu);
         if (item.keyEquivalent == std::string_view("\0", 1))
@@ -624,7 +628,7 @@ private:
     {
         const NibNode& root = m_tree.front();
         if (root.element != NibElement::Object || root.className != "NSIBObjectData") {
-            Fail(root, "not a Carbon nib: its root is no NSIBObjectData object, as a Cocoa file's is not");
+            Fail(root, "not a Carbon nib: its root is no object of class NSIBObjectData");
             return nullptr;
         }
         const NibNode* names = nullptr;

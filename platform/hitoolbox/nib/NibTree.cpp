@@ -135,6 +135,8 @@ private:
             return Skip("?>");
         if (StartsWith(rest, "<!--"))
             return Skip("-->");
+        if (StartsWith(rest, "<!"))
+            return Fail(m_at, "a declaration, which nibs do not have");
         if (StartsWith(rest, "</"))
             return ReadEnd();
         return ReadStart();
