@@ -168,8 +168,7 @@ std::size_t PreviousGrapheme(std::string_view text, std::size_t offset)
 
 std::size_t NextGrapheme(std::string_view text, std::size_t offset)
 {
-    const std::size_t start = GraphemeStart(text, offset);
-    return start < text.size() ? EndOfGrapheme(text, start) : start;
+    return offset < text.size() ? EndOfGrapheme(text, offset) : text.size();
 }
 
 std::size_t PreviousWordStart(std::string_view text, std::size_t offset)

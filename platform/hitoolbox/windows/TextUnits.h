@@ -1,8 +1,8 @@
 // platform/hitoolbox/windows/TextUnits.h
 //
 // Where characters as people see them (graphemes), words and lines begin and end in a text. Offsets are in
-// bytes of valid UTF-8; functions that answer one for graphemes take any offset, the others one at a grapheme's
-// beginning. Each looks at the text it passes over once, and at no more than the line around it.
+// bytes of valid UTF-8. Each function looks once at the text it passes over, and at no more than that and the
+// line around it.
 #pragma once
 
 #include <cstddef>
@@ -15,15 +15,17 @@ struct TextSpan {
     std::size_t end = 0;
 };
 
-/// The last beginning of a grapheme that is not behind `offset`; the text's end counts as one.
+/// The last beginning of a grapheme that is not behind `offset`, whatever that is; the text's end counts as one.
 std::size_t GraphemeStart(std::string_view text, std::size_t offset);
 /// The first beginning of a grapheme that is not before `offset`.
 std::size_t GraphemeCeiling(std::string_view text, std::size_t offset);
-/// The beginning of the grapheme before `offset`; 0 at the text's beginning.
+/// The beginning of the grapheme before `offset`, or around it; 0 at the text's beginning.
 std::size_t PreviousGrapheme(std::string_view text, std::size_t offset);
-/// The beginning of the next grapheme; the text's end from the last one on.
+/// The end of the grapheme that begins at `offset`, which the caller knows it does: nothing before it is looked at.
 std::size_t NextGrapheme(std::string_view text, std::size_t offset);
 
+/// From here on offsets are those of a grapheme's beginning.
+///
 /// Words are runs of letters, marks, digits and connectors, with apostrophes inside them; runs of one of the
 /// Japanese scripts; and runs of symbols, emoji among them.
 /// Answers the beginning of the word at or before `offset`; 0 for none.
