@@ -33,6 +33,7 @@ extern const Command kDoctorCommand;
 extern const Command kHelpCommand;
 extern const Command kPrefsCommand;
 extern const Command kPictureCommand;
+extern const Command kNibCommand;
 
 /// Takes `option` out of the words; false where it is not there.
 bool TakeFlag(std::vector<std::string_view>& words, std::string_view option);

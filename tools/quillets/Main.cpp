@@ -8,7 +8,7 @@
 
 namespace {
 
-const Command* const kCommands[] = {&kIdentityCommand, &kPrefsCommand, &kHelpCommand, &kPictureCommand, &kDoctorCommand};
+const Command* const kCommands[] = {&kIdentityCommand, &kPrefsCommand, &kHelpCommand, &kNibCommand, &kPictureCommand, &kDoctorCommand};
 
 void PrintHelp()
 {
