@@ -1,0 +1,79 @@
+// platform/desktop/Desktop.cpp
+//
+// Choosing and opening the desktop. The X11 one is a module of its own, so that a process that
+// never shows a window never loads what it stands on.
+#include "platform/desktop/Desktop.h"
+
+#include <dlfcn.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "platform/desktop/headless/Headless.h"
+#include <CVPlatform/CVPlatform.h>
+
+namespace {
+
+constexpr const char* kModule = "libcvplatform-x11.so";
+
+std::atomic<IDesktop*> g_desktop{nullptr};
+std::atomic<bool> g_headless{false};
+
+IDesktop* OpenModule()
+{
+    const char* const library = CVGetLibraryPath();
+    if (!library)
+        return nullptr;
+    const std::string path(library);
+    const std::string module = path.substr(0, path.rfind('/') + 1) + kModule;
+    void* const code = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!code)
+        return nullptr;
+    const auto open = reinterpret_cast<OpenDesktopProc>(dlsym(code, kOpenDesktopSymbol));
+    return open ? open() : nullptr; // stays loaded: threads and sources of its libraries may remain
+}
+
+} // namespace
+
+IDesktop* Desktop::Open(IInputSink& sink)
+{
+    if (IDesktop* const open = Current())
+        return open;
+    IDesktop* const desktop = IsHeadless() ? &HeadlessDesktop() : OpenModule();
+    if (!desktop)
+        return nullptr;
+    desktop->SetSink(sink);
+    ForLoop().Wake(); // whoever waits goes on with the new one
+    g_desktop.store(desktop);
+    desktop->Wake();
+    return desktop;
+}
+
+IDesktop* Desktop::Current() noexcept
+{
+    return g_desktop.load();
+}
+
+IDesktop& Desktop::ForLoop() noexcept
+{
+    static auto& idle = *new CHeadlessDesktop;
+    IDesktop* const open = Current();
+    return open ? *open : idle;
+}
+
+bool Desktop::ChooseHeadless() noexcept
+{
+    if (Current())
+        return IsHeadless();
+    g_headless.store(true);
+    return true;
+}
+
+bool Desktop::IsHeadless() noexcept
+{
+    const char* const named = secure_getenv("CV_DESKTOP");
+    return g_headless.load() || (!Current() && named && std::strcmp(named, "headless") == 0) ||
+           (Current() && Current() == &HeadlessDesktop());
+}
