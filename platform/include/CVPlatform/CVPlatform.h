@@ -7,6 +7,7 @@
 #include <CVPlatform/CVLink.h>
 #include <CoreFoundation/CFBase.h>
 #include <CoreGraphics/CGImage.h>
+#include <HIToolbox/HITypes.h>
 
 CV_BEGIN_DECLS
 
@@ -40,6 +41,51 @@ Boolean CVFinishLaunches(double seconds) CV_LINK(CVFinishLaunches);
 /// arguments are those of CFPreferencesCopyValue. Null for an unknown scope or without a home.
 CFStringRef CVPreferencesCopyPath(CFStringRef applicationID, CFStringRef userName, CFStringRef hostName)
     CV_LINK(CVPreferencesCopyPath);
+/// No window can be shown: there is no display, or the module that would reach it cannot be loaded.
+enum { kCVNoDesktopErr = -25290 };
+
+/// Does what is due now (input, timers, events that were posted, drawing) and returns without
+/// waiting. For hosts that run a loop of their own. The calling thread becomes the event-loop thread.
+/// @return noErr; kCVNoDesktopErr when the display is gone or another thread runs the loop.
+OSStatus CVPump(void) CV_LINK(CVPump);
+/// Makes a reference of another program's or toolkit's window (on X11 its window id), to which
+/// windows of ours can be modal. It takes no other call but DisposeWindow, which leaves that window
+/// alone. When that window is destroyed, those modal to it are disposed of.
+OSStatus CVCreateForeignWindow(unsigned long long nativeWindow, WindowRef* outWindow) CV_LINK(CVCreateForeignWindow);
+
+/// Has windows stand in memory instead of on a screen, as CV_DESKTOP=headless in the environment
+/// does. To be called before the first window is made.
+/// @param driveClock  stops the clock of events and timers: waiting then takes no time and moves it.
+/// @return noErr, or kCVNoDesktopErr when windows stand on a screen already.
+OSStatus CVUseHeadlessDesktop(Boolean driveClock) CV_LINK(CVUseHeadlessDesktop);
+
+enum { kCVPointerMove = 0, kCVPointerPress = 1, kCVPointerRelease = 2, kCVPointerLeave = 3 };
+enum { kCVButtonLeft = 0, kCVButtonMiddle = 1, kCVButtonRight = 2 };
+enum { kCVModifierShift = 1, kCVModifierControl = 2, kCVModifierAlt = 4, kCVModifierSuper = 8 };
+
+/// Post input to the headless desktop, in this order, for the next time that the event loop runs.
+/// Any thread. Each answers kCVNoDesktopErr where no headless window was made yet, and paramErr for
+/// a window that is not shown or a value without meaning.
+/// @param x, y  points from the top left of the window's content; outside it for drags.
+OSStatus CVPostPointer(WindowRef window, UInt32 action, double x, double y, UInt32 button, UInt32 modifiers)
+    CV_LINK(CVPostPointer);
+/// @param right, down  steps of the wheel.
+OSStatus CVPostScroll(WindowRef window, double x, double y, double right, double down) CV_LINK(CVPostScroll);
+/// Presses a key, for whichever window has the keyboard by then.
+/// @param symbol  numbered as X11's key symbols: ASCII, and 0xFF0D for Return, for example.
+/// @param text    what it types, UTF-8; may be null.
+OSStatus CVPostKey(UInt32 symbol, const char* text, UInt32 modifiers) CV_LINK(CVPostKey);
+/// Enters text as an input method does.
+OSStatus CVPostText(const char* text) CV_LINK(CVPostText);
+/// Does what the close box does.
+OSStatus CVPostCloseRequest(WindowRef window) CV_LINK(CVPostCloseRequest);
+/// Takes the window's surface away, as a foreign parent does that is destroyed.
+OSStatus CVPostSurfaceLost(WindowRef window) CV_LINK(CVPostSurfaceLost);
+/// Set and answer the text on the headless clipboard; the string is the caller's, null for none.
+OSStatus CVSetClipboardText(const char* text) CV_LINK(CVSetClipboardText);
+CFStringRef CVCopyClipboardText(void) CV_LINK(CVCopyClipboardText);
+/// Moves a driven clock on; timers that become due fire when the event loop runs next.
+void CVAdvanceTime(double seconds) CV_LINK(CVAdvanceTime);
 
 CV_END_DECLS
 
