@@ -39,6 +39,10 @@ CBaseProductManager::CBaseProductManager()
 
 CBaseProductManager::~CBaseProductManager()
 {
+    if (infoDialogWindow) {
+        DisposeWindow(infoDialogWindow); // may name a window that is gone already
+        infoDialogWindow = nullptr;
+    }
     if (bundle) {
         const COwned<CFURLRef> held(CFBundleCopyBundleURL(bundle));
         const COwned<CFURLRef> own(GetCurrentBundle());
@@ -114,4 +118,12 @@ CFStringRef CBaseProductManager::TranslateCommonCFString(EffectLangItemType, con
 {
     const char* const wording = text ? text : key;
     return wording ? CFStringCreateWithCString(kCFAllocatorDefault, wording, kCFStringEncodingUTF8) : nullptr;
+}
+
+void CBaseProductManager::SendCVEvent(UInt32 kind)
+{
+    EventRef event = nullptr;
+    (void)CreateEvent(kCFAllocatorDefault, 'cvev', kind, 0, kEventAttributeNone, &event);
+    (void)SendEventToEventTarget(event, GetApplicationEventTarget());
+    // The event is not released; this is intended.
 }

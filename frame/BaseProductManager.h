@@ -7,6 +7,20 @@
 
 #include "frame/IProductManager.h"
 
+class CBaseProductManager;
+
+/// What a dialog hands its handlers as user data, so that they find their way back. The operation
+/// that shows the dialog allocates it; from then on it belongs to the window's handler, which on
+/// kEventWindowDispose clears all but `flag` and deletes it. A handler reads `owner` first: null
+/// means that the dialog is gone, and the handler passes the event on untouched.
+struct EventHandlerParams {
+    CBaseProductManager* owner;
+    WindowRef window;
+    ControlRef control;      ///< The dialog's logo; null when it has none.
+    EventLoopTimerRef timer; ///< Null when the dialog installs none.
+    bool flag;               ///< An option of the dialog's own.
+};
+
 /// See IProductManager for the operations that plug-ins call.
 class __attribute__((visibility("default"))) CBaseProductManager : public IProductManager {
 public:
@@ -67,6 +81,35 @@ public:
     /// Answers the image in the resource file `name`.`type` of the object's bundle, the caller's;
     /// null when there is no bundle, no such file or no image in it.
     CGImageRef LoadImageFromResourcesBundle(CFStringRef name, CFStringRef type);
+
+    // The dialog toolkit: event-loop thread only. Texts are UTF-8; a window or control that is not
+    // there has an operation do nothing.
+
+    /// Answers the record with these fields.
+    static ControlID MakeControlId(UInt32 signature, SInt32 id);
+    /// Answers a control of a window, null when there is no such one.
+    static ControlRef GetControl(WindowRef window, const ControlID& id);
+    /// Shows or hides a control.
+    static void ShowControl(WindowRef window, const ControlID& id, bool show);
+    /// Has an edit text refuse what the user types, pastes, cuts or deletes, for as long as it lives.
+    /// Doing so again adds a second handler of the same effect.
+    static void MakeEditTextControlReadOnly(WindowRef window, const ControlID& id);
+    /// The handler that refuses: userCanceledErr for a proposed change, noErr for anything else.
+    static OSStatus ReadOnlyEditTextHandler(EventHandlerCallRef call, EventRef event, void* userData);
+    /// Set a control's title, a static text's or an edit text's text; a null `text` leaves it alone.
+    /// Each call leaves one reference to its string behind; this is intended.
+    static void SetControlTitle(WindowRef window, const ControlID& id, const char* text);
+    static void SetStaticControlText(WindowRef window, const ControlID& id, const char* text);
+    static void SetEditBoxControlText(WindowRef window, const ControlID& id, const char* text);
+    /// Writes an edit text's text in Mac OS Roman into `buffer` of `bufferSize` bytes, its NUL
+    /// included. What does not fit, or has a character that Mac OS Roman lacks, leaves `buffer`
+    /// as it was, unreported.
+    static void GetEditBoxControlText(WindowRef window, const ControlID& id, char* buffer, long bufferSize);
+    /// Shows an alert with one OK button and returns when it is answered.
+    /// @param alertType  kAlertStopAlert, kAlertNoteAlert, kAlertCautionAlert or kAlertPlainAlert.
+    static void ShowPlainAlert(const char* error, const char* explanation, short alertType);
+    /// Shows an alert with OK and Cancel (in spite of its name) and answers whether it was OK.
+    static bool ShowYesNoAlert(const char* error, const char* explanation, short alertType);
 
     /// Writes `input` in lower case, without the bytes that are not ASCII letters, digits, '.',
     /// '_' or '-', into `output` of kTextSize bytes, cut there; an empty input writes nothing.
