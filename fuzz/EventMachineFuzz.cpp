@@ -1,0 +1,252 @@
+// fuzz/EventMachineFuzz.cpp
+//
+// Random input on windows whose handlers do what handlers may: dispose of windows, remove each
+// other, install new ones, post and send events.
+#include <CVPlatform/CVPlatform.h>
+#include <Carbon/Carbon.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+/// The bytes that decide what happens; 0 from their end on.
+class CBytes {
+public:
+    CBytes(const std::uint8_t* bytes, std::size_t size) : m_bytes(bytes), m_left(size) {}
+    bool Over() const { return m_left == 0; }
+    unsigned Next()
+    {
+        if (m_left == 0)
+            return 0;
+        --m_left;
+        return *m_bytes++;
+    }
+
+private:
+    const std::uint8_t* m_bytes;
+    std::size_t m_left;
+};
+
+struct Machine {
+    explicit Machine(CBytes& source) : bytes(source) {}
+
+    CBytes& bytes;
+    std::vector<WindowRef> windows;
+    std::vector<ControlRef> controls;
+    std::vector<EventHandlerRef> handlers;
+    std::vector<EventLoopTimerRef> timers;
+    int depth = 0;
+};
+
+template <typename Ref>
+Ref Any(Machine& machine, const std::vector<Ref>& refs)
+{
+    return refs.empty() ? nullptr : refs[machine.bytes.Next() % refs.size()];
+}
+
+void Act(Machine& machine);
+
+OSStatus Handle(EventHandlerCallRef call, EventRef event, void* data)
+{
+    static constexpr OSStatus kAnswers[] = {eventNotHandledErr, noErr, userCanceledErr, eventNotHandledErr};
+    auto& machine = *static_cast<Machine*>(data);
+    if (machine.depth > 8)
+        return eventNotHandledErr;
+    ++machine.depth;
+    Act(machine);
+    if (machine.bytes.Next() % 8 == 0)
+        (void)CallNextEventHandler(call, event);
+    --machine.depth;
+    return kAnswers[machine.bytes.Next() % 4];
+}
+
+void Fire(EventLoopTimerRef, void* data)
+{
+    auto& machine = *static_cast<Machine*>(data);
+    if (machine.depth > 8)
+        return;
+    ++machine.depth;
+    Act(machine);
+    --machine.depth;
+}
+
+void MakeWindow(Machine& machine)
+{
+    static constexpr WindowClass kClasses[] = {kDocumentWindowClass, kMovableModalWindowClass, kFloatingWindowClass};
+    const Rect bounds = {0, 0, 200, 200};
+    WindowRef window = nullptr;
+    if (CreateNewWindow(kClasses[machine.bytes.Next() % 3], kWindowStandardHandlerAttribute, &bounds, &window) != noErr)
+        std::abort();
+    machine.windows.push_back(window);
+}
+
+void MakeControl(Machine& machine)
+{
+    const WindowRef window = Any(machine, machine.windows);
+    const auto side = static_cast<short>(machine.bytes.Next() % 180);
+    const Rect bounds = {side, side, static_cast<short>(side + 30), static_cast<short>(side + 60)};
+    ControlRef control = nullptr;
+    switch (machine.bytes.Next() % 5) {
+    case 0:
+        (void)CreatePushButtonControl(window, &bounds, CFSTR("Push"), &control);
+        break;
+    case 1:
+        (void)CreateCheckBoxControl(window, &bounds, nullptr, 1, true, &control);
+        break;
+    case 2:
+        (void)CreateEditTextControl(window, &bounds, CFSTR("text"), machine.bytes.Next() % 2, false, nullptr, &control);
+        break;
+    case 3:
+        (void)HIImageViewCreate(nullptr, &control);
+        break;
+    default:
+        (void)CreateEditUnicodeTextControl(window, &bounds, nullptr, false, nullptr, &control);
+        break;
+    }
+    const ControlID id = {'fuzz', static_cast<SInt32>(machine.bytes.Next() % 4)};
+    (void)SetControlID(control, &id);
+    (void)SetControlCommandID(control, machine.bytes.Next());
+    (void)HIViewNewTrackingArea(control, nullptr, 1, nullptr);
+    machine.controls.push_back(control);
+}
+
+void InstallHandler(Machine& machine)
+{
+    static constexpr EventTypeSpec kTypes[] = {
+        {kEventClassWindow, kEventWindowDispose},    {kEventClassWindow, kEventWindowClose},
+        {kEventClassWindow, kEventWindowShown},      {kEventClassCommand, kEventCommandProcess},
+        {kEventClassControl, kEventControlHit},      {kEventClassControl, kEventControlTrackingAreaEntered},
+        {kEventClassControl, kEventControlDispose},  {kEventClassTextField, kEventTextShouldChangeInRange},
+        {kEventClassTextField, kEventTextDidChange}, {'fuzz', 1}};
+    EventTargetRef target = GetApplicationEventTarget();
+    if (machine.bytes.Next() % 3 == 0)
+        target = GetWindowEventTarget(Any(machine, machine.windows));
+    else if (machine.bytes.Next() % 2 == 0)
+        target = GetControlEventTarget(Any(machine, machine.controls));
+    EventHandlerRef handler = nullptr;
+    (void)InstallEventHandler(target, Handle, GetEventTypeCount(kTypes), kTypes, &machine, &handler);
+    machine.handlers.push_back(handler);
+}
+
+void SendOrPost(Machine& machine)
+{
+    EventRef event = nullptr;
+    (void)CreateEvent(nullptr, 'fuzz', 1, 0, kEventAttributeNone, &event);
+    if (machine.bytes.Next() % 2 == 0)
+        (void)PostEventToQueue(GetMainEventQueue(), event, kEventPriorityStandard);
+    else
+        (void)SendEventToEventTarget(event, GetControlEventTarget(Any(machine, machine.controls)));
+    ReleaseEvent(event);
+}
+
+void PostInput(Machine& machine)
+{
+    static constexpr UInt32 kKeys[] = {0xFF0D, 0xFF1B, 0xFF09, 0xFF08, 0xFFFF, 0xFF51, 0xFF53, ' ', 'a', 'v', 'x', 'z'};
+    const WindowRef window = Any(machine, machine.windows);
+    switch (machine.bytes.Next() % 4) {
+    case 0: {
+        const UInt32 key = kKeys[machine.bytes.Next() % (sizeof kKeys / sizeof kKeys[0])];
+        (void)CVPostKey(key, key < 0x7F ? "x" : nullptr, machine.bytes.Next() % 4);
+        break;
+    }
+    case 1:
+        (void)CVPostCloseRequest(window);
+        break;
+    case 2:
+        (void)CVPostText("\xC3\xA9\xF0\x9F\x9A\x80");
+        break;
+    default:
+        (void)CVPostPointer(window, machine.bytes.Next() % 4, machine.bytes.Next(), machine.bytes.Next(),
+                            machine.bytes.Next() % 3, machine.bytes.Next() % 4);
+        break;
+    }
+}
+
+// One thing, chosen by the bytes.
+void Act(Machine& machine)
+{
+    switch (machine.bytes.Next() % 16) {
+    case 0:
+        MakeWindow(machine);
+        break;
+    case 1:
+    case 2:
+        MakeControl(machine);
+        break;
+    case 3:
+    case 4:
+        InstallHandler(machine);
+        break;
+    case 5:
+        DisposeWindow(Any(machine, machine.windows));
+        break;
+    case 6:
+        DisposeControl(Any(machine, machine.controls));
+        break;
+    case 7:
+        (void)RemoveEventHandler(Any(machine, machine.handlers));
+        break;
+    case 8:
+        ShowWindow(Any(machine, machine.windows));
+        break;
+    case 9:
+        SelectWindow(Any(machine, machine.windows));
+        HideWindow(Any(machine, machine.windows));
+        break;
+    case 10:
+        (void)SetWindowModality(Any(machine, machine.windows), machine.bytes.Next() % 5, Any(machine, machine.windows));
+        break;
+    case 11:
+        (void)EmbedControl(Any(machine, machine.controls), Any(machine, machine.controls));
+        break;
+    case 12:
+        SendOrPost(machine);
+        break;
+    case 13: {
+        EventLoopTimerRef timer = nullptr;
+        (void)InstallEventLoopTimer(GetMainEventLoop(), machine.bytes.Next() / 100.0, machine.bytes.Next() % 2, Fire,
+                                    &machine, &timer);
+        machine.timers.push_back(timer);
+        break;
+    }
+    case 14:
+        if (machine.depth < 3)
+            (void)RunCurrentEventLoop(0.1);
+        break;
+    default:
+        PostInput(machine);
+        break;
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    if (CVUseHeadlessDesktop(true) != noErr)
+        std::abort();
+    CBytes bytes(data, size < 4096 ? size : 4096);
+    Machine machine(bytes);
+    MakeWindow(machine);
+    ShowWindow(machine.windows.front());
+    while (!bytes.Over()) {
+        Act(machine);
+        PostInput(machine);
+        (void)CVPump();
+    }
+    machine.depth = 100; // what still runs acts no more
+    for (const EventLoopTimerRef timer : machine.timers)
+        (void)RemoveEventLoopTimer(timer);
+    for (const EventHandlerRef handler : machine.handlers)
+        (void)RemoveEventHandler(handler);
+    for (const ControlRef control : machine.controls)
+        DisposeControl(control);
+    for (const WindowRef window : machine.windows)
+        DisposeWindow(window);
+    (void)FlushEventQueue(GetMainEventQueue());
+    (void)CVPump();
+    return 0;
+}
