@@ -86,9 +86,9 @@ int CBaseProductManager::Init(void*, const char* folder)
 {
     const CCriticalScope scope(*this);
     char value[60] = "";
-    knobsDragVertical = false;
+    StoreDragFlag(false);
     if (GetRegistryKey("Common", "Knobs Drag Vertical", value, sizeof value - 1))
-        knobsDragVertical = value[0] == 'y';
+        StoreDragFlag(value[0] == 'y');
 
     char path[kTextSize] = "";
     bundle = GetResourcesBundlePath(path, sizeof path - 1) ? OpenBundle(path) : nullptr;

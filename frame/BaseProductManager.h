@@ -111,6 +111,13 @@ public:
     /// Shows an alert with OK and Cancel (in spite of its name) and answers whether it was OK.
     static bool ShowYesNoAlert(const char* error, const char* explanation, short alertType);
 
+    /// The handler of a dialog's logo: brightens it under the pointer, dims it when the pointer has
+    /// left (passing both events on), and opens the web site when it is clicked.
+    static OSStatus LogoControlHandler(EventHandlerCallRef call, EventRef event, void* userData);
+    /// The handler of the dialog's window: OK, Cancel and Help, and the end of the window, which it
+    /// tells the application before it frees the record.
+    static OSStatus InfoDialogHandler(EventHandlerCallRef call, EventRef event, void* userData);
+
     /// Writes `input` in lower case, without the bytes that are not ASCII letters, digits, '.',
     /// '_' or '-', into `output` of kTextSize bytes, cut there; an empty input writes nothing.
     static void Normalize(char* output, const char* input);
@@ -123,6 +130,13 @@ protected:
     char helpFolder[kTextSize];
     WindowRef infoDialogWindow;
     MPCriticalRegionID criticalRegion;
+
+private:
+    // The flag is used from any thread, without the region.
+    bool LoadDragFlag() const { return __atomic_load_n(&knobsDragVertical, __ATOMIC_RELAXED); }
+    void StoreDragFlag(bool flag) { __atomic_store_n(&knobsDragVertical, flag, __ATOMIC_RELAXED); }
+
+    OSStatus HandleDialogCommand(WindowRef window, UInt32 command);
 };
 
 /// Holds the object's critical region for a scope.

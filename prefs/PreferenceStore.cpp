@@ -102,11 +102,11 @@ bool CBaseProductManager::GetRegistryKey(const char* section, const char* key, c
 
 bool CBaseProductManager::KnobsDragVertical()
 {
-    return knobsDragVertical;
+    return LoadDragFlag();
 }
 
 void CBaseProductManager::SetDragVertical(bool flag)
 {
-    knobsDragVertical = flag;
+    StoreDragFlag(flag);
     (void)SetRegistryKey(kCommonSection, kKnobKey, flag ? "yes" : "no");
 }
