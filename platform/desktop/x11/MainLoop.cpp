@@ -1,0 +1,203 @@
+// platform/desktop/x11/MainLoop.cpp
+//
+// One source with one descriptor, so that a foreign loop asks the kernel about one thing only.
+#include "platform/desktop/x11/MainLoop.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+#include "platform/base/Guard.h"
+
+namespace {
+
+void WatchIn(int epoll, int descriptor)
+{
+    epoll_event event = {};
+    event.events = EPOLLIN;
+    event.data.fd = descriptor;
+    (void)epoll_ctl(epoll, EPOLL_CTL_ADD, descriptor, &event); // refused: it is watched already
+}
+
+itimerspec SpecOf(double seconds)
+{
+    itimerspec spec = {};
+    const double whole = std::floor(seconds);
+    spec.it_value.tv_sec = static_cast<time_t>(whole);
+    spec.it_value.tv_nsec = static_cast<long>((seconds - whole) * 1e9);
+    return spec;
+}
+
+void Drain(int descriptor)
+{
+    std::uint64_t count = 0;
+    (void)!read(descriptor, &count, sizeof count); // empty is as good
+}
+
+} // namespace
+
+struct CMainLoop::Source {
+    GSource base;
+    CMainLoop* loop;
+};
+
+CMainLoop::CMainLoop(std::function<bool()> ready, std::function<void()> serve)
+    : m_ready(std::move(ready)),
+      m_serve(std::move(serve)),
+      m_inner(epoll_create1(EPOLL_CLOEXEC)),
+      m_timer(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
+      m_wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+{
+    static GSourceFuncs functions = {Prepare, Check, Dispatch, nullptr, nullptr, nullptr};
+    WatchIn(m_inner, m_timer);
+    WatchIn(m_inner, m_wake);
+    GSource* const source = g_source_new(&functions, sizeof(Source));
+    m_source = reinterpret_cast<Source*>(source);
+    m_source->loop = this;
+    g_source_set_name(source, "cvplatform");
+    g_source_set_can_recurse(source, TRUE); // an alert runs the loop from within a click
+    m_tag = g_source_add_unix_fd(source, m_inner, G_IO_IN);
+    g_source_attach(source, nullptr);
+}
+
+gboolean CMainLoop::Prepare(GSource* source, gint* timeout)
+{
+    *timeout = -1;
+    return reinterpret_cast<Source*>(source)->loop->m_ready() ? TRUE : FALSE;
+}
+
+gboolean CMainLoop::Check(GSource* source)
+{
+    CMainLoop& loop = *reinterpret_cast<Source*>(source)->loop;
+    return g_source_query_unix_fd(source, loop.m_tag) != 0 || loop.m_ready() ? TRUE : FALSE;
+}
+
+gboolean CMainLoop::Dispatch(GSource* source, GSourceFunc, gpointer)
+{
+    CMainLoop& loop = *reinterpret_cast<Source*>(source)->loop;
+    Drain(loop.m_timer);
+    Guarded(0, [&] {
+        loop.m_serve();
+        return 0;
+    });
+    return G_SOURCE_CONTINUE;
+}
+
+void CMainLoop::Watch(int descriptor)
+{
+    WatchIn(m_inner, descriptor);
+}
+
+void CMainLoop::Unwatch(int descriptor)
+{
+    (void)epoll_ctl(m_inner, EPOLL_CTL_DEL, descriptor, nullptr);
+}
+
+void CMainLoop::SetTimer(double when)
+{
+    const itimerspec spec = when < 0 ? itimerspec{} : SpecOf(std::max(when, 1e-9)); // all zero disarms
+    (void)timerfd_settime(m_timer, TFD_TIMER_ABSTIME, &spec, nullptr);
+}
+
+void CMainLoop::Wake() noexcept
+{
+    const std::uint64_t one = 1;
+    (void)!write(m_wake, &one, sizeof one); // full is as good
+}
+
+bool CMainLoop::TakeWake()
+{
+    std::uint64_t count = 0;
+    return read(m_wake, &count, sizeof count) > 0;
+}
+
+void CMainLoop::Run(double seconds, const std::function<bool()>& done)
+{
+    GMainContext* const context = g_main_context_default();
+    if (!g_main_context_acquire(context))
+        return; // another thread runs it, and us with it
+    if (seconds == 0) {
+        // What is due runs to its end, but a source that is always due does not keep the host here.
+        constexpr int kMostRounds = 16;
+        for (int round = 0; round < kMostRounds && g_main_context_iteration(context, FALSE); ++round) {
+        }
+    } else {
+        GSource* end = nullptr;
+        bool expired = false;
+        if (seconds > 0) {
+            end = g_timeout_source_new(0);
+            g_source_set_ready_time(end, g_get_monotonic_time() + static_cast<gint64>(seconds * 1e6));
+            g_source_set_callback(
+                end,
+                [](gpointer flag) -> gboolean {
+                    *static_cast<bool*>(flag) = true;
+                    return G_SOURCE_REMOVE;
+                },
+                &expired, nullptr);
+            g_source_attach(end, context);
+        }
+        while (!done() && !expired)
+            (void)g_main_context_iteration(context, TRUE);
+        if (end) {
+            g_source_destroy(end);
+            g_source_unref(end);
+        }
+    }
+    if (m_outer >= 0)
+        SyncOuter();
+    g_main_context_release(context);
+}
+
+int CMainLoop::Descriptor()
+{
+    if (m_outer < 0) {
+        m_outer = epoll_create1(EPOLL_CLOEXEC);
+        m_outerTimer = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
+        WatchIn(m_outer, m_outerTimer);
+        WatchIn(m_outer, m_inner);
+    }
+    GMainContext* const context = g_main_context_default();
+    if (g_main_context_acquire(context)) {
+        SyncOuter();
+        g_main_context_release(context);
+    }
+    return m_outer;
+}
+
+void CMainLoop::SyncOuter()
+{
+    GMainContext* const context = g_main_context_default();
+    gint priority = 0, timeout = -1;
+    const bool ready = g_main_context_prepare(context, &priority) != FALSE;
+    std::vector<GPollFD> polled(16);
+    for (;;) {
+        const int count =
+            g_main_context_query(context, G_MAXINT, &timeout, polled.data(), static_cast<gint>(polled.size()));
+        const bool fits = static_cast<std::size_t>(count) <= polled.size();
+        polled.resize(static_cast<std::size_t>(count));
+        if (fits)
+            break;
+    }
+    std::vector<int> watched;
+    for (const GPollFD& entry : polled)
+        if ((entry.events & G_IO_IN) != 0 && entry.fd != m_inner)
+            watched.push_back(entry.fd);
+    for (const int before : m_outerWatched)
+        if (std::find(watched.begin(), watched.end(), before) == watched.end())
+            (void)epoll_ctl(m_outer, EPOLL_CTL_DEL, before, nullptr); // closed ones are gone already
+    for (const int now : watched)
+        WatchIn(m_outer, now);
+    m_outerWatched = std::move(watched);
+    // Preparing has to be followed by checking before anybody prepares again; nothing is polled.
+    for (GPollFD& entry : polled)
+        entry.revents = 0;
+    (void)g_main_context_check(context, G_MAXINT, polled.data(), static_cast<gint>(polled.size()));
+    Drain(m_outerTimer);
+    const double wait = ready ? 0 : timeout / 1000.0;
+    const itimerspec spec = ready || timeout >= 0 ? SpecOf(std::max(wait, 1e-9)) : itimerspec{};
+    (void)timerfd_settime(m_outerTimer, 0, &spec, nullptr);
+}

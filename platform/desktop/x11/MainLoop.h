@@ -1,0 +1,53 @@
+// platform/desktop/x11/MainLoop.h
+//
+// Hangs the desktop in GLib's default main context, and lets a host with a loop of its own serve
+// that context through one descriptor.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include <glib.h>
+
+class CMainLoop {
+public:
+    /// @param ready       whether there is work although no descriptor says so.
+    /// @param serve       does all the work there is; may pump.
+    CMainLoop(std::function<bool()> ready, std::function<void()> serve);
+    CMainLoop(const CMainLoop&) = delete;
+    CMainLoop& operator=(const CMainLoop&) = delete;
+
+    void Watch(int descriptor);
+    void Unwatch(int descriptor);
+    /// Has `serve` called at a time of the event clock; below 0 never.
+    void SetTimer(double when);
+    /// Has `serve` called soon. Any thread.
+    void Wake() noexcept;
+    /// Answers whether it was woken since the last question.
+    bool TakeWake();
+    /// Runs the main context.
+    /// @param seconds  0 runs what is due; above, also waits so long for `done`; below without end.
+    void Run(double seconds, const std::function<bool()>& done);
+    /// Answers a descriptor that is readable while the context has something to do; -1 without.
+    int Descriptor();
+
+private:
+    static gboolean Prepare(GSource* source, gint* timeout);
+    static gboolean Check(GSource* source);
+    static gboolean Dispatch(GSource* source, GSourceFunc, gpointer);
+    /// Has the outer descriptor watch what the context watches now.
+    void SyncOuter();
+
+    struct Source;
+    const std::function<bool()> m_ready;
+    const std::function<void()> m_serve;
+    int m_inner = -1; ///< Readable when the display, the timer or a wake-up is.
+    int m_timer = -1;
+    int m_wake = -1;
+    int m_outer = -1; ///< Readable when anything in the context is; made when somebody asks.
+    int m_outerTimer = -1;
+    std::vector<int> m_outerWatched;
+    Source* m_source = nullptr;
+    gpointer m_tag = nullptr;
+};
