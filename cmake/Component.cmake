@@ -53,10 +53,10 @@ else()
         COMMAND "${CMAKE_COMMAND}" -E make_directory "${CV_BUNDLE}/Contents/Frameworks"
         COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform>"
                 "${CV_BUNDLE}/Contents/Frameworks/$<TARGET_SONAME_FILE_NAME:cvplatform>"
-        COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform-launch>"
-                "${CV_BUNDLE}/Contents/Frameworks/"
-        COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform-image>"
+        COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform-image>" "$<TARGET_FILE:cvplatform-launch>"
+                "$<TARGET_FILE:cvplatform-x11>"
                 "${CV_BUNDLE}/Contents/Frameworks/")
+    add_dependencies(Quillets cvplatform-image cvplatform-launch cvplatform-x11)
     # Resources change without the code; what is gone from the source goes from the bundle too.
     add_custom_target(bundle_resources ALL
         COMMAND "${CMAKE_COMMAND}" -E rm -rf "${CV_BUNDLE}/Contents/Resources"

@@ -4,35 +4,22 @@
 // never shows a window never loads what it stands on.
 #include "platform/desktop/Desktop.h"
 
-#include <dlfcn.h>
-
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
+#include "platform/desktop/Module.h"
 #include "platform/desktop/headless/Headless.h"
-#include <CVPlatform/CVPlatform.h>
 
 namespace {
-
-constexpr const char* kModule = "libcvplatform-x11.so";
 
 std::atomic<IDesktop*> g_desktop{nullptr};
 std::atomic<bool> g_headless{false};
 
 IDesktop* OpenModule()
 {
-    const char* const library = CVGetLibraryPath();
-    if (!library)
-        return nullptr;
-    const std::string path(library);
-    const std::string module = path.substr(0, path.rfind('/') + 1) + kModule;
-    void* const code = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!code)
-        return nullptr;
-    const auto open = reinterpret_cast<OpenDesktopProc>(dlsym(code, kOpenDesktopSymbol));
-    return open ? open() : nullptr; // stays loaded: threads and sources of its libraries may remain
+    const auto open = reinterpret_cast<OpenDesktopProc>(Module::Find(kOpenDesktopSymbol));
+    return open ? open() : nullptr;
 }
 
 } // namespace

@@ -8,7 +8,7 @@
 #include <ctime>
 
 #include <xcb/xcbext.h>
-#include <xcb/xkb.h>
+#include "platform/desktop/x11/Xkb.h"
 
 namespace {
 

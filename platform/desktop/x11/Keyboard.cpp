@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <xcb/xkb.h>
+#include "platform/desktop/x11/Xkb.h"
 #include <xkbcommon/xkbcommon-keysyms.h>
 #include <xkbcommon/xkbcommon-x11.h>
 
@@ -148,6 +148,7 @@ std::uint32_t CKeyboard::LatinSymbolOf(xcb_keycode_t key) const
 KeyMeaning CKeyboard::Press(xcb_keycode_t key, std::uint16_t state)
 {
     KeyMeaning meaning;
+    meaning.waited = !m_state || m_stale;
     if (!Load())
         return meaning;
     xkb_state_update_mask(m_state.get(), state & kRealModifiers, 0, 0, 0, 0,

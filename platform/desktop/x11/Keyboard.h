@@ -18,6 +18,7 @@ struct KeyMeaning {
     std::uint32_t symbol = 0;
     std::string text;
     bool swallowed = false; ///< Part of a sequence that goes on.
+    bool waited = false;    ///< The server had to be asked.
 };
 
 class CKeyboard {

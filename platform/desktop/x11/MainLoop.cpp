@@ -45,14 +45,13 @@ struct CMainLoop::Source {
     CMainLoop* loop;
 };
 
-CMainLoop::CMainLoop(std::function<bool()> ready, std::function<void()> serve)
-    : m_ready(std::move(ready)),
-      m_serve(std::move(serve)),
+CMainLoop::CMainLoop(std::function<void()> serve)
+    : m_serve(std::move(serve)),
       m_inner(epoll_create1(EPOLL_CLOEXEC)),
       m_timer(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
       m_wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
-    static GSourceFuncs functions = {Prepare, Check, Dispatch, nullptr, nullptr, nullptr};
+    static GSourceFuncs functions = {nullptr, Check, Dispatch, nullptr, nullptr, nullptr};
     WatchIn(m_inner, m_timer);
     WatchIn(m_inner, m_wake);
     GSource* const source = g_source_new(&functions, sizeof(Source));
@@ -64,16 +63,10 @@ CMainLoop::CMainLoop(std::function<bool()> ready, std::function<void()> serve)
     g_source_attach(source, nullptr);
 }
 
-gboolean CMainLoop::Prepare(GSource* source, gint* timeout)
-{
-    *timeout = -1;
-    return reinterpret_cast<Source*>(source)->loop->m_ready() ? TRUE : FALSE;
-}
-
 gboolean CMainLoop::Check(GSource* source)
 {
     CMainLoop& loop = *reinterpret_cast<Source*>(source)->loop;
-    return g_source_query_unix_fd(source, loop.m_tag) != 0 || loop.m_ready() ? TRUE : FALSE;
+    return g_source_query_unix_fd(source, loop.m_tag) != 0 ? TRUE : FALSE;
 }
 
 gboolean CMainLoop::Dispatch(GSource* source, GSourceFunc, gpointer)

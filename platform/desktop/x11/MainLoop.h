@@ -12,9 +12,8 @@
 
 class CMainLoop {
 public:
-    /// @param ready       whether there is work although no descriptor says so.
-    /// @param serve       does all the work there is; may pump.
-    CMainLoop(std::function<bool()> ready, std::function<void()> serve);
+    /// @param serve  does all the work there is; may pump.
+    explicit CMainLoop(std::function<void()> serve);
     CMainLoop(const CMainLoop&) = delete;
     CMainLoop& operator=(const CMainLoop&) = delete;
 
@@ -33,14 +32,12 @@ public:
     int Descriptor();
 
 private:
-    static gboolean Prepare(GSource* source, gint* timeout);
     static gboolean Check(GSource* source);
     static gboolean Dispatch(GSource* source, GSourceFunc, gpointer);
     /// Has the outer descriptor watch what the context watches now.
     void SyncOuter();
 
     struct Source;
-    const std::function<bool()> m_ready;
     const std::function<void()> m_serve;
     int m_inner = -1; ///< Readable when the display, the timer or a wake-up is.
     int m_timer = -1;

@@ -49,7 +49,7 @@ const Event& As(const xcb_generic_event_t& event)
 
 CX11Desktop::CX11Desktop(std::unique_ptr<CConnection> connection)
     : m_connection(std::move(connection)),
-      m_loop([] { return false; }, [this] { Serve(); }),
+      m_loop([this] { Serve(); }),
       m_keyboard(*m_connection),
       m_selections(*m_connection)
 {
@@ -477,7 +477,8 @@ void CX11Desktop::TakeKey(const xcb_key_press_event_t& event)
         return;
     NoteUserTime(*surface, event.time);
     const KeyMeaning meaning = m_keyboard.Press(event.detail, event.state);
-    m_loop.Wake(); // loading a layout may have brought events along
+    if (meaning.waited)
+        Wake(); // waiting may have brought events along
     if (meaning.swallowed || (meaning.symbol == 0 && meaning.text.empty()))
         return;
     KeyInput input;

@@ -63,6 +63,8 @@ void CPainter::Paint(SurfaceId surface, const WindowView& window, double scale, 
         m_shown.erase(surface); // out of memory: the screen keeps what it has, the next time may do
         return;
     }
+    if (shown.scale != scale)
+        SetMetrics(&m_drawing.MetricsAt(scale)); // clicks into texts land where these are drawn
     const CanvasRect all = {0, 0, width / scale, height / scale};
     const bool comparable =
         sameCanvas && shown.appearance == appearance && shown.fonts == fonts && IsComparable(shown.window, window);

@@ -11,6 +11,7 @@
 #include "platform/hitoolbox/windows/Focus.h"
 #include "platform/hitoolbox/windows/Input.h"
 #include "platform/hitoolbox/windows/Notify.h"
+#include "platform/hitoolbox/windows/Screen.h"
 #include "platform/hitoolbox/windows/Surfaces.h"
 #include <CVPlatform/CVPlatform.h>
 
@@ -209,7 +210,10 @@ bool Windows::EnsureDesktop()
     if (!Loop::IsCurrent())
         return false;
     Loop::SetAfterWork(Surfaces::SyncAndPaint);
-    return Desktop::Open(InputSink()) != nullptr;
+    IDesktop* const desktop = Desktop::Open(InputSink());
+    if (desktop && !Desktop::IsHeadless()) // in memory nobody looks, and texts measure the same everywhere
+        Screen::ShowOn(*desktop);
+    return desktop != nullptr;
 }
 
 CRef<CWindow> Windows::Make(WindowClass classId, WindowAttributes attributes, const Rect& content)

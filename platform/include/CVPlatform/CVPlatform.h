@@ -41,13 +41,37 @@ Boolean CVFinishLaunches(double seconds) CV_LINK(CVFinishLaunches);
 /// arguments are those of CFPreferencesCopyValue. Null for an unknown scope or without a home.
 CFStringRef CVPreferencesCopyPath(CFStringRef applicationID, CFStringRef userName, CFStringRef hostName)
     CV_LINK(CVPreferencesCopyPath);
-/// No window can be shown: there is no display, or the module that would reach it cannot be loaded.
-enum { kCVNoDesktopErr = -25290 };
+
+enum {
+    /// No window can be shown or drawn: there is no display, or the module that would reach it
+    /// cannot be loaded.
+    kCVNoDesktopErr = -25290,
+    /// A file could not be written.
+    kCVNotWrittenErr = -25291
+};
 
 /// Does what is due now (input, timers, events that were posted, drawing) and returns without
 /// waiting. For hosts that run a loop of their own. The calling thread becomes the event-loop thread.
 /// @return noErr; kCVNoDesktopErr when the display is gone or another thread runs the loop.
 OSStatus CVPump(void) CV_LINK(CVPump);
+/// Answers a descriptor to watch for reading: it is readable while CVPump has something to do, due
+/// timers included. It stays the same and is not the caller's to close. Opens the desktop; not
+/// needed where GLib's default main context runs. Event-loop thread.
+/// @return the descriptor, or -1 where no window can be shown or windows stand in memory.
+int CVGetDescriptor(void) CV_LINK(CVGetDescriptor);
+/// Answers in how many seconds CVPump next has a timer to fire: 0 now, below 0 never. For hosts
+/// that wait by time; who watches the descriptor need not ask.
+double CVGetNextDeadline(void) CV_LINK(CVGetNextDeadline);
+/// Opens the desktop and answers why no window can be shown, for people to read; null when windows
+/// can be shown. The string is the caller's to release.
+CFStringRef CVCopyDesktopProblem(void) CV_LINK(CVCopyDesktopProblem);
+/// Draws a window, shown or not, into a PNG file, as a screen would show it. Needs no display.
+/// @param path   UTF-8. A file that is there is replaced, by a whole one only.
+/// @param scale  pixels per point, 0.25 to 8.
+/// @return noErr, errInvalidWindowPtr, paramErr, kCVNoDesktopErr when there is no drawing here,
+///         kCVNotWrittenErr.
+OSStatus CVSaveWindowPicture(WindowRef window, const char* path, double scale, Boolean dark)
+    CV_LINK(CVSaveWindowPicture);
 /// Makes a reference of another program's or toolkit's window (on X11 its window id), to which
 /// windows of ours can be modal. It takes no other call but DisposeWindow, which leaves that window
 /// alone. When that window is destroyed, those modal to it are disposed of.
