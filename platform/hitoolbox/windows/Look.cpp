@@ -195,7 +195,13 @@ void CLook::DrawTextIn(const CanvasRect& area, const ControlView& control, std::
         layout.font = TextFont::Small; // a long translation loses size before it loses letters
         size = m_canvas.Metrics().Measure(layout);
     }
-    const double height = std::min(size.height, area.height + kTitleSlack);
+    double height = size.height;
+    if (height > area.height + kTitleSlack) { // what stays are whole lines
+        TextLayout line = layout;
+        line.wrapped = false;
+        const double lineHeight = m_canvas.Metrics().Measure(line).height;
+        height = std::max(1.0, std::floor((area.height + kTitleSlack) / lineHeight)) * lineHeight;
+    }
     TextStyle style;
     style.colour = colour;
     style.height = area.height + kTitleSlack;

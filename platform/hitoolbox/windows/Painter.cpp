@@ -107,7 +107,9 @@ bool SavePicture(IDrawing& drawing, const WindowView& window, double scale, Appe
     const auto canvas = drawing.CreateCanvas(pixels(window.width), pixels(window.height), scale);
     if (!canvas)
         return false;
-    Look::Draw(*canvas, window, appearance,
+    WindowView shown = window;
+    shown.active = true; // as the user meets it
+    Look::Draw(*canvas, shown, appearance,
                {0, 0, static_cast<double>(window.width), static_cast<double>(window.height)});
     return canvas->SavePng(path);
 }
