@@ -583,6 +583,15 @@ TEST(NibReader, FourCharacterCodes)
     EXPECT_EQ(command(""), 0u);
 }
 
+TEST(NibReader, CodesMayBeNumbersAndNumbersCodes)
+{
+    EXPECT_EQ(OneControl("IBCarbonButton", "<int name=\"command\">8000</int>").command, 8000u);
+    EXPECT_EQ(OneControl("IBCarbonButton", "<ostype name=\"command\">8000</ostype>").command, std::uint32_t{'8000'});
+    EXPECT_EQ(OneControl("IBCarbonRoundButton", "<ostype name=\"iconType\">APPL</ostype>").iconType, 'APPL');
+    EXPECT_TRUE(OneControl("IBCarbonButton", "<int name=\"hidden\">1</int>").hidden);
+    EXPECT_FALSE(OneControl("IBCarbonButton", "<int name=\"enabled\">0</int>").enabled);
+}
+
 TEST(NibReader, NumbersOf32BitsSignedOrNot)
 {
     const auto number = [](const std::string& text) {

@@ -84,6 +84,13 @@ std::optional<std::array<std::int64_t, Count>> Numbers(std::string_view text)
     return NextWord(text).empty() ? std::make_optional(numbers) : std::nullopt;
 }
 
+/// For numbers that are written as strings, which may be empty.
+std::int32_t NumberOrZero(std::string_view text)
+{
+    const auto numbers = Numbers<1>(text);
+    return numbers ? static_cast<std::int32_t>(std::clamp<std::int64_t>((*numbers)[0], INT32_MIN, INT32_MAX)) : 0;
+}
+
 std::int16_t Coordinate(std::int64_t number)
 {
     return static_cast<std::int16_t>(std::clamp<std::int64_t>(number, INT16_MIN, INT16_MAX));
@@ -214,8 +221,7 @@ private:
 
     bool IsValue(const NibNode& node)
     {
-        const bool isValue =
-            node.element == NibElement::Value || (node.element == NibElement::Other && node.first == 0);
+        const bool isValue = IsPlain(node.element) || (node.element == NibElement::Other && node.first == 0);
         if (!isValue)
             FailValue(node, "plain value");
         return isValue;
@@ -223,32 +229,47 @@ private:
 
     void Read(const NibNode& node, bool& result)
     {
-        if (node.text != "TRUE" && node.text != "FALSE")
+        result = node.text == "TRUE" || node.text == "1";
+        if (!result && node.text != "FALSE" && node.text != "0")
             FailValue(node, "boolean");
-        result = node.text == "TRUE";
     }
 
     void Read(const NibNode& node, std::int32_t& result)
     {
-        const auto numbers = Numbers<1>(node.text);
-        if (!numbers || (*numbers)[0] < INT32_MIN || (*numbers)[0] > UINT32_MAX) {
-            FailValue(node, "whole number of 32 bits");
-            return;
-        }
-        result = static_cast<std::int32_t>(static_cast<std::uint32_t>((*numbers)[0]));
+        if (node.element == NibElement::Code)
+            result = static_cast<std::int32_t>(ReadCode(node));
+        else
+            result = ReadNumber(node);
     }
 
+    /// A four-character code may be written as its number, too.
     void Read(const NibNode& node, std::uint32_t& result)
+    {
+        if (node.element != NibElement::Code && Numbers<1>(node.text))
+            result = static_cast<std::uint32_t>(ReadNumber(node));
+        else
+            result = ReadCode(node);
+    }
+
+    std::int32_t ReadNumber(const NibNode& node)
+    {
+        const auto numbers = Numbers<1>(node.text);
+        if (numbers && (*numbers)[0] >= INT32_MIN && (*numbers)[0] <= UINT32_MAX)
+            return static_cast<std::int32_t>(static_cast<std::uint32_t>((*numbers)[0]));
+        FailValue(node, "whole number of 32 bits");
+        return 0;
+    }
+
+    std::uint32_t ReadCode(const NibNode& node)
     {
         constexpr std::size_t kLongest = 4 * sizeof "&#x10FFFF;";
         const auto bytes = node.text.size() > kLongest ? std::nullopt : MacRomanOfUtf8(UnescapeNibText(node.text));
-        if (!bytes || (!bytes->empty() && bytes->size() != 4)) {
+        if (!bytes || (!bytes->empty() && bytes->size() != 4))
             FailValue(node, "four-character code");
-            return;
-        }
-        result = 0;
-        for (const char byte : *bytes)
-            result = (result << 8U) | static_cast<unsigned char>(byte);
+        std::uint32_t code = 0;
+        for (const char byte : bytes.value_or(std::string()))
+            code = (code << 8U) | static_cast<unsigned char>(byte);
+        return code;
     }
 
     void Read(const NibNode& node, double& result)
@@ -576,7 +597,7 @@ private:
                 else if (key == "tabEnabled")
                     tab.enabled = value.text != "0" && value.text != "FALSE";
                 else if (key == "contentResID")
-                    Read(value, tab.contentResource);
+                    tab.contentResource = NumberOrZero(value.text);
                 else if (key == "userPane")
                     tab.pane = IndexOfChild(control, value.id);
             });

@@ -21,7 +21,7 @@ constexpr struct {
     {"object", NibElement::Object},         {"reference", NibElement::Reference}, {"array", NibElement::Array},
     {"dictionary", NibElement::Dictionary}, {"string", NibElement::Value},        {"int", NibElement::Value},
     {"unsigned_int", NibElement::Value},    {"float", NibElement::Value},         {"boolean", NibElement::Value},
-    {"ostype", NibElement::Value},
+    {"ostype", NibElement::Code},
 };
 
 constexpr struct {
@@ -144,7 +144,7 @@ private:
 
     bool Skip(std::string_view end)
     {
-        if (!m_open.empty() && m_tree[m_open.back().node].element == NibElement::Value)
+        if (!m_open.empty() && IsPlain(m_tree[m_open.back().node].element))
             return Fail(m_at, "markup inside a value");
         const std::size_t found = m_bytes.find(end, m_at);
         if (found == std::string_view::npos)
@@ -182,7 +182,7 @@ private:
             return Fail(node.offset, "elements nested too deeply");
         if (m_open.empty() && !m_tree.empty())
             return Fail(node.offset, "a second root element");
-        if (!m_open.empty() && m_tree[m_open.back().node].element == NibElement::Value)
+        if (!m_open.empty() && IsPlain(m_tree[m_open.back().node].element))
             return Fail(node.offset, "an element inside a value");
         for (const auto& known : kElements) {
             if (known.tag == tag)

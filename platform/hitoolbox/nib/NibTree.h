@@ -14,7 +14,13 @@
 
 #include "platform/hitoolbox/nib/NibReader.h"
 
-enum class NibElement : std::uint8_t { Object, Reference, Array, Dictionary, Value, Other };
+enum class NibElement : std::uint8_t { Object, Reference, Array, Dictionary, Code, Value, Other };
+
+/// Values are all that hold plain text; a four-character code is one too.
+constexpr bool IsPlain(NibElement element)
+{
+    return element == NibElement::Value || element == NibElement::Code;
+}
 
 /// An element. The texts are those of the file, which has to outlive the tree, with their escapes.
 struct NibNode {
