@@ -31,6 +31,7 @@ struct Command {
 extern const Command kIdentityCommand;
 extern const Command kDoctorCommand;
 extern const Command kHelpCommand;
+extern const Command kInfoCommand;
 extern const Command kPrefsCommand;
 extern const Command kPictureCommand;
 extern const Command kNibCommand;

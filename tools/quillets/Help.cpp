@@ -29,23 +29,6 @@ bool ReadTopic(std::string_view word, unsigned& topic)
     return error == std::errc() && end == word.data() + word.size();
 }
 
-OSStatus Open(const HelpPage& page)
-{
-    FSRef viewer = {};
-    const CFURLRef viewerUrl = UrlOf(page.viewer);
-    (void)CFURLGetFSRef(viewerUrl, &viewer); // else it stays zeros, and the default is taken
-    LSApplicationParameters parameters = {};
-    parameters.flags = kLSLaunchDefaults;
-    parameters.application = &viewer;
-    const void* pages[] = {UrlOf(page.path)};
-    const CFArrayRef list = CFArrayCreate(nullptr, pages, 1, &kCFTypeArrayCallBacks);
-    const OSStatus status = LSOpenURLsWithRole(list, kLSRolesViewer, nullptr, &parameters, nullptr, 0);
-    (void)CVFinishLaunches(kLongestHandOver); // a service that does not answer has been asked all the same
-    for (const CFTypeRef object : {CFTypeRef(list), CFTypeRef(pages[0]), CFTypeRef(viewerUrl)})
-        CFRelease(object);
-    return status;
-}
-
 int Run(const Arguments& arguments)
 {
     std::vector<std::string_view> words = arguments.words;
@@ -68,7 +51,7 @@ int Run(const Arguments& arguments)
         std::printf("%s\n", page.path.c_str());
         return kExitOk;
     }
-    switch (Open(page)) {
+    switch (OpenHelpPage(page)) {
     case noErr:
         return kExitOk;
     case kLSApplicationNotFoundErr:
@@ -79,6 +62,23 @@ int Run(const Arguments& arguments)
 }
 
 } // namespace
+
+OSStatus OpenHelpPage(const HelpPage& page)
+{
+    FSRef viewer = {};
+    const CFURLRef viewerUrl = UrlOf(page.viewer);
+    (void)CFURLGetFSRef(viewerUrl, &viewer); // else it stays zeros, and the default is taken
+    LSApplicationParameters parameters = {};
+    parameters.flags = kLSLaunchDefaults;
+    parameters.application = &viewer;
+    const void* pages[] = {UrlOf(page.path)};
+    const CFArrayRef list = CFArrayCreate(nullptr, pages, 1, &kCFTypeArrayCallBacks);
+    const OSStatus status = LSOpenURLsWithRole(list, kLSRolesViewer, nullptr, &parameters, nullptr, 0);
+    (void)CVFinishLaunches(kLongestHandOver); // a service that does not answer has been asked all the same
+    for (const CFTypeRef object : {CFTypeRef(list), CFTypeRef(pages[0]), CFTypeRef(viewerUrl)})
+        CFRelease(object);
+    return status;
+}
 
 HelpPage FindHelpPage(IProductManager& manager, unsigned topic)
 {

@@ -16,6 +16,9 @@ struct HelpPage {
 /// Lets the component open help and takes the page in the viewer's place; starts no program.
 HelpPage FindHelpPage(IProductManager& manager, unsigned topic);
 
+/// Opens a page in its viewer, else in the user's default one. Returns when it is handed over.
+OSStatus OpenHelpPage(const HelpPage& page);
+
 /// Answers the application that would show `page`, as people and as the file system name it; empty
 /// where there is none.
 std::string DescribeViewer(const HelpPage& page);

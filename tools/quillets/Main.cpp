@@ -8,7 +8,8 @@
 
 namespace {
 
-const Command* const kCommands[] = {&kIdentityCommand, &kPrefsCommand, &kHelpCommand, &kNibCommand, &kPictureCommand, &kDoctorCommand};
+const Command* const kCommands[] = {&kIdentityCommand, &kInfoCommand,    &kPrefsCommand, &kHelpCommand,
+                                    &kNibCommand,      &kPictureCommand, &kDoctorCommand};
 
 void PrintHelp()
 {
