@@ -6,6 +6,6 @@
 
 #include "platform/quicktime/ByteReader.h"
 
-/// Answers false for a PNG or JPEG file that is cut off; true for every other one, whose decoders
+/// Answers false for a PNG, JPEG or BMP file that is cut off; true for every other one, whose decoders
 /// notice it themselves.
 bool IsCompleteImageFile(Bytes file);
