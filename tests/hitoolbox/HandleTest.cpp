@@ -225,11 +225,10 @@ TEST(Threads, CallsFromWrongThreadsNeitherCorruptNorHang)
     const CDialog dialog;
     const WindowRef window = dialog.Window();
     const ControlRef edit = dialog.Control('EDIT');
-    std::atomic<bool> stop{false};
     std::vector<std::thread> threads;
     for (int number = 0; number < 3; ++number) {
         threads.emplace_back([&, number] {
-            while (!stop) {
+            for (int count = 0; count < 300; ++count) {
                 CFStringRef text = MakeString("from " + std::to_string(number));
                 (void)SetControlData(edit, 0, kControlEditTextCFStringTag, sizeof text, &text);
                 (void)SetWindowTitleWithCFString(window, text);
@@ -254,7 +253,6 @@ TEST(Threads, CallsFromWrongThreadsNeitherCorruptNorHang)
         (void)CVPostKey('x', "x", 0);
         Pump();
     }
-    stop = true;
     for (std::thread& thread : threads)
         thread.join();
     Pump();

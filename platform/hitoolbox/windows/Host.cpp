@@ -192,8 +192,8 @@ void CVAdvanceTime(double seconds)
 OSStatus CVPump(void)
 {
     return Guarded<OSStatus>(memFullErr, []() -> OSStatus {
-        // A handler that posts without end must not keep the host here.
-        constexpr int kRounds = 1000;
+        // Handlers and threads that post without end must not keep the host here.
+        constexpr int kRounds = 32;
         for (int round = 0; round < kRounds; ++round) {
             const int dispatched = Loop::DispatchQueued();
             const int handled = Loop::Pump(0);

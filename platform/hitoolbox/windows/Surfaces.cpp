@@ -154,15 +154,15 @@ void DestroyAbandoned(IDesktop& desktop)
 void SyncAll(IDesktop& desktop)
 {
     const double newScale = desktop.ScaleOf(0);
-    for (;;) {
+    std::vector<WindowRef> pending;
+    {
+        const CToolboxLock lock;
+        pending.swap(TheState().pending); // what other threads add meanwhile waits for the next time
+    }
+    for (const WindowRef reference : pending) {
         Work work;
         {
             const CToolboxLock lock;
-            auto& pending = TheState().pending;
-            if (pending.empty())
-                break;
-            const WindowRef reference = pending.front();
-            pending.erase(pending.begin());
             CWindow* const window = Find<CWindow>(reference);
             if (!window)
                 continue;
