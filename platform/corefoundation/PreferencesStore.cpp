@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kMostEntries = 4096;
 // A host that loads and unloads the component reads some settings each time and shall keep no
 // descriptor from that; thousands of reads a second are something else.
-constexpr int kManyLooks = 64;
+constexpr int kManyLooks = 1024;
 constexpr std::int64_t kShortWhile = 10'000'000;
 constexpr std::int64_t kPauseAfterRefusal = 10'000'000'000;
 
