@@ -9,21 +9,6 @@
 
 namespace {
 
-struct Placed {
-    OSType signature;
-    SInt32 id;
-    Rect bounds;
-};
-
-// Where Dialog.nib puts the controls that tests click.
-constexpr Placed kPlaces[] = {
-    {'EDIT', 0, {40, 20, 56, 230}},    {'EDIT', 1, {70, 20, 86, 230}},    {'PASS', 0, {100, 20, 116, 230}},
-    {'MULT', 0, {130, 20, 180, 230}},  {'KNOB', 0, {190, 20, 208, 230}},  {'RADI', 1, {210, 20, 228, 100}},
-    {'RADI', 2, {210, 110, 228, 190}}, {'LOGO', 0, {10, 310, 74, 374}},   {'SLID', 0, {240, 20, 256, 120}},
-    {'DSBL', 0, {100, 310, 120, 380}}, {'HELP', 0, {280, 20, 300, 90}},   {'CLOS', 1, {280, 228, 300, 298}},
-    {'CLOS', 0, {280, 310, 300, 380}}, {'INNR', 0, {150, 310, 170, 380}},
-};
-
 void Require(bool good, const char* what)
 {
     if (!good)
@@ -126,14 +111,16 @@ ControlEditTextSelectionRec CDialog::Selection(OSType signature, SInt32 id) cons
 
 Point MiddleOf(ControlRef control)
 {
-    ControlID id = {0, 0};
-    (void)GetControlID(control, &id);
-    for (const Placed& place : kPlaces) {
-        if (place.signature == id.signature && place.id == id.id)
-            return {static_cast<short>((place.bounds.top + place.bounds.bottom) / 2),
-                    static_cast<short>((place.bounds.left + place.bounds.right) / 2)};
+    HIRect frame = {};
+    Require(HIViewGetFrame(control, &frame) == noErr, "no such control");
+    double x = frame.origin.x + frame.size.width / 2;
+    double y = frame.origin.y + frame.size.height / 2;
+    for (HIViewRef view = HIViewGetSuperview(control); view; view = HIViewGetSuperview(view)) {
+        (void)HIViewGetFrame(view, &frame); // it holds a view, so it is one
+        x += frame.origin.x;
+        y += frame.origin.y;
     }
-    throw std::runtime_error("no place");
+    return {static_cast<short>(y), static_cast<short>(x)};
 }
 
 void Pump()

@@ -54,7 +54,7 @@ private:
     WindowRef m_window;
 };
 
-/// The middle of a control that has neither moved nor been resized since the nib.
+/// The middle of a control, in points from the top left of its window's content.
 Point MiddleOf(ControlRef control);
 
 // Hands. Each posts and pumps.

@@ -199,6 +199,19 @@ OSStatus HIViewSetFrame(HIViewRef inView, const HIRect* inRect)
     });
 }
 
+OSStatus HIViewGetFrame(HIViewRef inView, HIRect* outRect)
+{
+    return WithControl<OSStatus>(inView, controlHandleInvalidErr, [outRect](CControl& view) -> OSStatus {
+        if (!outRect)
+            return paramErr;
+        outRect->origin.x = view.bounds.left - (view.parent ? view.parent->bounds.left : 0);
+        outRect->origin.y = view.bounds.top - (view.parent ? view.parent->bounds.top : 0);
+        outRect->size.width = view.bounds.right - view.bounds.left;
+        outRect->size.height = view.bounds.bottom - view.bounds.top;
+        return noErr;
+    });
+}
+
 OSStatus HIViewSimulateClick(HIViewRef inView, HIViewPartCode inPartToClick, UInt32 inModifiers,
                              HIViewPartCode* outPartClicked)
 {

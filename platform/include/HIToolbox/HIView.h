@@ -61,6 +61,9 @@ OSStatus HIViewSetVisible(HIViewRef inView, Boolean inVisible) CV_LINK(HIViewSet
 /// Sets place and size relative to the parent view; what it holds moves with it. Coordinates are
 /// rounded to points and must fit 16 bits.
 OSStatus HIViewSetFrame(HIViewRef inView, const HIRect* inRect) CV_LINK(HIViewSetFrame);
+/// Answers where a view stands, in points from the top left of its superview.
+/// @return noErr, controlHandleInvalidErr, or paramErr for a null `outRect`.
+OSStatus HIViewGetFrame(HIViewRef inView, HIRect* outRect) CV_LINK(HIViewGetFrame);
 /// Does what a click does.
 /// @param inPartToClick   0 for the view's own part.
 /// @param outPartClicked  receives the part, 0 where the view takes no clicks; may be null.
