@@ -39,12 +39,12 @@ const struct {
 UInt32 CommandOf(EventRef event)
 {
     HICommand command = HICommand();
-    const OSStatus status = GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command,
-                                              nullptr, &command);
+    const OSStatus status =
+        GetEventParameter(event, kEventParamDirectObject, typeHICommand, nullptr, sizeof command, nullptr, &command);
     return status == noErr ? command.commandID : 0;
 }
 
-}  // namespace
+} // namespace
 
 void CBaseProductManager::InfoDialog(WindowRef parent, bool hideKnobOption)
 {
@@ -74,7 +74,7 @@ WindowRef CBaseProductManager::CreateInfoDialog()
         return nullptr;
     WindowRef window = nullptr;
     if (CreateWindowFromNib(nib, CFSTR("InfoDialog"), &window) != noErr)
-        window = nullptr;  // what a failed call leaves there does not count
+        window = nullptr; // what a failed call leaves there does not count
     DisposeNibReference(nib);
     return window;
 }
@@ -122,7 +122,7 @@ void CBaseProductManager::ShowInfoDialog(WindowRef parent, bool hideKnobOption)
     if (logo)
         (void)AttachLogoEvents(logo, params);
     if (AttachDialogEvents(window, InfoDialogHandler, params) != noErr) {
-        DisposeWindow(window);  // nobody would free the record
+        DisposeWindow(window); // nobody would free the record
         delete params;
         return;
     }
@@ -141,8 +141,8 @@ void CBaseProductManager::InitLogoControl(ControlRef logo)
     }
     // The area lives and dies with the control. Older systems do not take null for the last one.
     HIViewTrackingAreaRef area = nullptr;
-    (void)HIViewNewTrackingArea(logo, nullptr,
-                                static_cast<HIViewTrackingAreaID>(reinterpret_cast<uintptr_t>(logo)), &area);
+    (void)HIViewNewTrackingArea(logo, nullptr, static_cast<HIViewTrackingAreaID>(reinterpret_cast<uintptr_t>(logo)),
+                                &area);
 }
 
 OSStatus CBaseProductManager::AttachLogoEvents(ControlRef logo, EventHandlerParams* params)
@@ -166,7 +166,7 @@ OSStatus CBaseProductManager::LogoControlHandler(EventHandlerCallRef, EventRef e
             const bool inside = GetEventKind(event) == kEventControlTrackingAreaEntered;
             (void)HIImageViewSetAlpha(params->control, inside ? kLogoBright : kLogoDimmed);
         }
-        return eventNotHandledErr;  // on purpose: others may watch the pointer as well
+        return eventNotHandledErr; // on purpose: others may watch the pointer as well
     case kEventCommandProcess:
         if (CommandOf(event) != kCommandSite)
             return eventNotHandledErr;
@@ -182,7 +182,7 @@ void CBaseProductManager::GoToSite()
     const CFStringRef address = CFSTR(CV_SITE_URL);
     const CFURLRef url = CFURLCreateWithString(kCFAllocatorDefault, address, nullptr);
     if (url)
-        CFRetain(url);  // on purpose: one reference stays behind with every call
+        CFRetain(url); // on purpose: one reference stays behind with every call
     (void)LSOpenCFURLRef(url, nullptr);
     if (url)
         CFRelease(url);

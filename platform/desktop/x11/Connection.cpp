@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <ctime>
 
-#include <xcb/xcbext.h>
 #include "platform/desktop/x11/Xkb.h"
+#include <xcb/xcbext.h>
 
 namespace {
 
