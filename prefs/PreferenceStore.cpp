@@ -22,7 +22,8 @@ CFStringRef MakeDomain(const char* section)
     char normalised[CBaseProductManager::kTextSize] = "";
     char identifier[CBaseProductManager::kTextSize] = "";
     CBaseProductManager::Normalize(normalised, section);
-    snprintf(identifier, sizeof identifier - 1, "%s.%s", "com.corvane", normalised);
+    // Cut at 258 characters in all, on purpose: a longer section shares its beginning's domain.
+    snprintf(identifier, sizeof identifier - 1, "%s.%.246s", "com.corvane", normalised);
     return MakeText(identifier);
 }
 

@@ -69,7 +69,7 @@ std::string FindFile(const std::string& resources, const std::string& file, Reso
     const auto exists = [&status](const std::string& path) {
         return stat(path.c_str(), &status) == 0;
     };
-    const std::string plain = resources + file;
+    std::string plain = resources + file;
     if (order == ResourceOrder::PlainFirst && exists(plain))
         return plain;
     for (const std::string& folder : LanguageFolders()) {

@@ -95,7 +95,7 @@ std::optional<std::string> ResolveLinks(std::string path)
             (status.st_uid != geteuid() && status.st_uid != 0))
             return std::nullopt;
         const std::string name(target, static_cast<std::size_t>(length));
-        path = name[0] == '/' ? name : FolderOf(path) + "/" + name;
+        path = name[0] == '/' ? name : FolderOf(path).append("/").append(name);
     }
     return std::nullopt;
 }

@@ -19,6 +19,7 @@
 
 namespace {
 
+constexpr std::size_t kMostEntryBytes = std::size_t{1} << 20U; // of a user in the password database
 constexpr const char* kVariableNames[] = {"XDG_CONFIG_DIRS=", "XDG_CONFIG_HOME=", "HOME="};
 constexpr std::string_view kMachineBase = "/etc/xdg";
 constexpr std::string_view kMakerFolder = "/corvane";
@@ -66,7 +67,8 @@ std::string FindHomeInPasswords()
     std::vector<char> buffer(1024);
     passwd entry = {};
     passwd* found = nullptr;
-    while (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE && buffer.size() < 1024 * 1024)
+    while (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE &&
+           buffer.size() < kMostEntryBytes)
         buffer.resize(buffer.size() * 2);
     return found && found->pw_dir && IsAbsolute(found->pw_dir) ? found->pw_dir : "";
 }
@@ -135,7 +137,7 @@ std::string NameOf(std::string_view text, std::size_t longest)
 
 std::optional<std::string> FindHostName()
 {
-    const auto id = ReadMachineId();
+    auto id = ReadMachineId();
     if (!id || !id->empty())
         return id;
     char host[256] = "";

@@ -89,7 +89,8 @@ bool CPreferencesWatch::Follow(const std::string& folder)
             way = way.substr(0, way.empty() ? 0 : way.rfind('/'));
             continue;
         }
-        const std::string next = way + "/" + part;
+        std::string next = way;
+        next.append("/").append(part);
         struct stat status = {};
         if (lstat(next.c_str(), &status) != 0) {
             if (errno != ENOENT)
