@@ -5,6 +5,7 @@
 // kernel's list of mappings tells where the file is now.
 #include <elf.h>
 #include <link.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +14,7 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
@@ -43,8 +45,23 @@ struct Images {
 Images& g_images = *new Images;
 
 // What the calling thread counted last: its indices mean these images until it counts again, also
-// while other threads load and unload.
-thread_local SharedList t_counted;
+// while other threads load and unload. By a key and not thread_local, whose objects are gone when the
+// program's globals are destroyed; the component asks once more then.
+SharedList& Counted()
+{
+    static const pthread_key_t key = [] {
+        pthread_key_t made = {};
+        if (pthread_key_create(&made, [](void* list) { delete static_cast<SharedList*>(list); }) != 0)
+            throw std::bad_alloc();
+        return made;
+    }();
+    auto* list = static_cast<SharedList*>(pthread_getspecific(key));
+    if (!list) {
+        list = new SharedList;
+        (void)pthread_setspecific(key, list); // fails for want of memory only; then the next call begins anew
+    }
+    return *list;
+}
 
 const mach_header* HeaderOf(const dl_phdr_info& info)
 {
@@ -96,9 +113,10 @@ SharedList CurrentList()
 
 const Image* FindImage(std::uint32_t index)
 {
-    if (!t_counted)
-        t_counted = CurrentList();
-    return index < t_counted->images.size() ? &t_counted->images[index] : nullptr;
+    SharedList& counted = Counted();
+    if (!counted)
+        counted = CurrentList();
+    return index < counted->images.size() ? &counted->images[index] : nullptr;
 }
 
 bool IsThere(const std::string& path)
@@ -176,8 +194,9 @@ std::string CurrentPath(const Image& image, bool isProgram)
 uint32_t _dyld_image_count(void)
 {
     return Guarded<uint32_t>(0, [] {
-        t_counted = CurrentList();
-        return static_cast<uint32_t>(t_counted->images.size());
+        SharedList& counted = Counted();
+        counted = CurrentList();
+        return static_cast<uint32_t>(counted->images.size());
     });
 }
 
