@@ -1,0 +1,30 @@
+# Removes what an installation put in place, after its manifest, and those of its folders that are
+# then empty. Folders that others use too and preferences stay.
+cmake_minimum_required(VERSION 3.25)
+if(NOT EXISTS "${MANIFEST}")
+    message(FATAL_ERROR "Nothing was installed from here: there is no ${MANIFEST}")
+endif()
+file(STRINGS "${MANIFEST}" files ENCODING UTF-8)
+
+set(folders "")
+foreach(file IN LISTS files)
+    set(file "$ENV{DESTDIR}${file}")
+    if(EXISTS "${file}" OR IS_SYMLINK "${file}")
+        file(REMOVE "${file}")
+    endif()
+    cmake_path(GET file PARENT_PATH folder)
+    while(folder MATCHES "/(corvane|CorvaneProduct)(/|$)" AND NOT folder IN_LIST folders)
+        list(APPEND folders "${folder}")
+        cmake_path(GET folder PARENT_PATH folder)
+    endwhile()
+endforeach()
+
+# Deeper folders have longer names than those above them; a folder with anything in it stays.
+list(SORT folders ORDER DESCENDING)
+foreach(folder IN LISTS folders)
+    file(GLOB left "${folder}/*" "${folder}/.[!.]*")
+    if(IS_DIRECTORY "${folder}" AND NOT left)
+        file(REMOVE_RECURSE "${folder}")
+    endif()
+endforeach()
+file(REMOVE "${MANIFEST}")
