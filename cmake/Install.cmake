@@ -69,6 +69,13 @@ install(TARGETS quillets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT
 cv_gzip(docs/man/quillets.1 quillets.1)
 install(FILES "${CMAKE_BINARY_DIR}/quillets.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
 
+# The same name as for those who find the installed package, for the examples in this tree.
+add_library(product INTERFACE)
+add_library(CorvaneProduct::Product ALIAS product)
+target_include_directories(product INTERFACE "${CMAKE_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}/platform/include")
+target_compile_definitions(product
+    INTERFACE "CORVANE_BUNDLE=\"${CMAKE_INSTALL_PREFIX}/${CV_INSTALL_BUNDLE}\"")
+
 # Removes what the last `cmake --install` of this build folder put in place; preferences stay.
 add_custom_target(uninstall
     COMMAND "${CMAKE_COMMAND}" "-DMANIFEST=${CMAKE_BINARY_DIR}/install_manifest.txt"

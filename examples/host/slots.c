@@ -41,7 +41,8 @@ int main(int count, char** words)
 
     struct Services* services = factory();
     const struct Version* version = services->slots->GetProductVersion(services);
-    printf("%s %d.%d (%d)\n", services->slots->GetProductName(services), version->major, version->minor, version->build);
+    printf("%s %d.%d (%d)\n", services->slots->GetProductName(services), version->major, version->minor,
+           version->build);
     printf("knobs: %s\n", services->slots->KnobsDragVertical(services) ? "vertical" : "circular");
     dlclose(image);
     return 0;
