@@ -12,13 +12,14 @@ namespace {
 // Copies the sources to a folder and builds them there; answers the build's folder.
 std::string BuildIn(const std::string& folder)
 {
-    for (const char* const part : {"CMakeLists.txt", "cmake", "frame", "prefs", "ui", "platform", "resources", "tools"})
+    for (const char* const part :
+         {"CMakeLists.txt", "cmake", "docs", "frame", "prefs", "ui", "platform", "resources", "tools"})
         std::filesystem::copy(std::string(CV_SOURCE_DIR "/") + part, folder + "/" + part,
                               std::filesystem::copy_options::recursive);
     const std::map<std::string, std::string> environment = {{"SOURCE_DATE_EPOCH", "1299801600"}}; // Mar 11 2011
     const ProgramResult configured =
         RunProgram({CV_CMAKE, "-S", folder, "-B", folder + "/build", "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
-                    "-DCMAKE_CXX_COMPILER=" CV_CXX, "-DCV_TESTS=OFF"},
+                    "-DCMAKE_CXX_COMPILER=" CV_CXX, "-DCV_TESTS=OFF", "-DCV_EXAMPLES=OFF"},
                    environment);
     EXPECT_EQ(configured.code, 0) << configured.out << configured.err;
     const ProgramResult built =
