@@ -138,7 +138,7 @@ xcb_atom_t CHostScreen::Atom(const char* name) const
 {
     const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
         m_connection, xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(strlen(name)), name), nullptr));
-    return reply ? reply->atom : XCB_ATOM_NONE;
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 void CHostScreen::Visit(xcb_window_t window, const std::string& title, std::vector<ScreenWindow>& found) const
@@ -189,6 +189,17 @@ xcb_window_t CHostScreen::PropertyOf(xcb_window_t window, const char* property) 
     return value;
 }
 
+bool CHostScreen::HasState(xcb_window_t window, const char* state) const
+{
+    const std::string states = TextOf(m_connection, window, Atom("_NET_WM_STATE"));
+    const xcb_atom_t wanted = Atom(state);
+    for (std::size_t at = 0; at + sizeof wanted <= states.size(); at += sizeof wanted) {
+        if (std::memcmp(states.data() + at, &wanted, sizeof wanted) == 0)
+            return true;
+    }
+    return false;
+}
+
 bool CHostScreen::IsInside(xcb_window_t inner, xcb_window_t outer) const
 {
     while (inner != outer) {
@@ -210,7 +221,7 @@ void CHostScreen::MoveTo(int x, int y) const
 
 void CHostScreen::Press(bool down) const
 {
-    xcb_test_fake_input(m_connection, down ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, XCB_BUTTON_INDEX_1,
+    xcb_test_fake_input(m_connection, static_cast<std::uint8_t>(down ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE), XCB_BUTTON_INDEX_1,
                         XCB_CURRENT_TIME, m_root, 0, 0, 0);
     xcb_flush(m_connection);
 }

@@ -57,6 +57,8 @@ public:
     std::optional<ScreenWindow> WaitForWindow(const std::string& title) const;
     /// Answers the value of a property that holds one window or atom; 0 for none.
     xcb_window_t PropertyOf(xcb_window_t window, const char* property) const;
+    /// Answers whether the window manager holds a window in a state.
+    bool HasState(xcb_window_t window, const char* state) const;
     /// Answers whether `inner` lies in `outer` or is it.
     bool IsInside(xcb_window_t inner, xcb_window_t outer) const;
 

@@ -22,6 +22,11 @@ struct Spot {
 constexpr Spot kLogo = {32, 28};
 constexpr Spot kGainKnob = {102, 112};
 constexpr Spot kPlainGround = {6, 130};
+constexpr Spot kArcAtSixDecibels = {125, 85};       // on the gain's ring, half of the way to 12 dB
+constexpr Spot kArcAtFourteenDecibels = {137, 106}; // just beyond 12 dB
+constexpr Spot kKnobOption = {27, 178};
+constexpr Spot kOkButton = {430, 217};
+constexpr Spot kCancelButton = {318, 217};
 constexpr int kPanelWidth = 340;
 constexpr int kPanelHeight = 210;
 
@@ -39,7 +44,7 @@ protected:
 
     void OpenHost()
     {
-        m_host.emplace(std::vector<std::string>{GetParam(), "--dump", kPlugin}, m_folder / "host.log");
+        m_host.emplace(std::vector<std::string>{GetParam(), kPlugin}, m_folder / "host.log");
         // The innermost window of that name is the plug-in's own: a host that refused the interface
         // shows controls of its own making instead.
         ASSERT_TRUE(WaitFor([this] {
@@ -63,7 +68,7 @@ protected:
     }
     ScreenWindow OpenDialog()
     {
-        m_screen.Click(m_panel.x + kLogo.x, m_panel.y + kLogo.y);
+        Click(m_panel, kLogo);
         const auto dialog = m_screen.WaitForWindow(kDialogTitle);
         EXPECT_TRUE(dialog.has_value()) << m_host->Log();
         return dialog.value_or(ScreenWindow());
@@ -72,13 +77,26 @@ protected:
     {
         return WaitFor([this] { return m_screen.Find(kDialogTitle).empty(); });
     }
-    // Drags the gain knob straight upwards; answers what the host was told, in decibels.
-    bool GainFollowsVerticalDrag()
+    void Click(const ScreenWindow& window, const Spot& spot) const
     {
-        const std::string before = m_host->Log();
-        m_screen.Drag(m_panel.x + kGainKnob.x, m_panel.y + kGainKnob.y, m_panel.x + kGainKnob.x,
-                      m_panel.y + kGainKnob.y - 50);
-        return WaitFor([&] { return m_host->Log().find("12.0", before.size()) != std::string::npos; }, 5.0);
+        m_screen.Click(window.x + spot.x, window.y + spot.y);
+    }
+    // Drags the gain knob a quarter of its way straight upwards.
+    void DragUpwards() const
+    {
+        const int x = m_panel.x + kGainKnob.x;
+        const int y = m_panel.y + kGainKnob.y;
+        m_screen.Drag(x, y, x, y - 50);
+    }
+    bool IsLit(const Spot& spot) const
+    {
+        const unsigned pixel = m_screen.PixelAt(m_panel.x + spot.x, m_panel.y + spot.y);
+        return (pixel >> 16) > 0xC0 && (pixel & 0xFF) < 0x80; // the ring's orange
+    }
+    // Answers whether the gain comes to stand at 12 dB.
+    bool GainRises() const
+    {
+        return WaitFor([this] { return IsLit(kArcAtSixDecibels); }, 5.0) && !IsLit(kArcAtFourteenDecibels);
     }
     void Save(const std::string& name) const
     {
@@ -96,6 +114,54 @@ TEST_P(Hosts, ShowThePluginsOwnWindow)
 {
     Save("panel");
     EXPECT_TRUE(m_screen.IsInside(m_panel.id, m_screen.Find(kPluginTitle).front().id));
+}
+
+TEST_P(Hosts, ShowTheDialogOverTheirWindow)
+{
+    const ScreenWindow dialog = OpenDialog();
+    ASSERT_NE(dialog.id, 0U);
+    const xcb_window_t owner = m_screen.PropertyOf(dialog.id, "WM_TRANSIENT_FOR");
+    EXPECT_NE(owner, 0U);
+    EXPECT_TRUE(m_screen.IsInside(m_panel.id, owner));
+    EXPECT_TRUE(m_screen.HasState(dialog.id, "_NET_WM_STATE_MODAL"));
+    Save("dialog");
+    Click(dialog, kCancelButton);
+    EXPECT_TRUE(WaitForDialogsEnd());
+}
+
+TEST_P(Hosts, TurnKnobsAsTheUserChose)
+{
+    DragUpwards(); // from the middle straight up: in a circle that is no turn
+    const ScreenWindow dialog = OpenDialog();
+    ASSERT_NE(dialog.id, 0U);
+    EXPECT_FALSE(IsLit(kArcAtSixDecibels));
+    Click(dialog, kKnobOption);
+    Save("option");
+    Click(dialog, kOkButton);
+    ASSERT_TRUE(WaitForDialogsEnd());
+    DragUpwards();
+    EXPECT_TRUE(GainRises());
+    Save("turned");
+
+    CloseHost(); // another process of the host finds the choice on disk
+    OpenHost();
+    EXPECT_FALSE(IsLit(kArcAtSixDecibels));
+    DragUpwards();
+    EXPECT_TRUE(GainRises());
+}
+
+TEST_P(Hosts, CloseWithTheDialogOpenAndOpenAgain)
+{
+    for (int time = 0; time < 2; ++time) {
+        const ScreenWindow dialog = OpenDialog();
+        ASSERT_NE(dialog.id, 0U);
+        m_screen.Close(m_screen.PropertyOf(dialog.id, "WM_TRANSIENT_FOR"));
+        ASSERT_TRUE(WaitFor([this] { return !m_host->IsRunning(); })) << "the host hangs";
+        EXPECT_EQ(m_host->End(), 0) << m_host->Log();
+        EXPECT_TRUE(m_screen.Find(kDialogTitle).empty());
+        CloseHost();
+        OpenHost();
+    }
 }
 
 } // namespace
