@@ -29,11 +29,14 @@ constexpr Spot kOkButton = {430, 217};
 constexpr Spot kCancelButton = {318, 217};
 constexpr int kPanelWidth = 340;
 constexpr int kPanelHeight = 210;
+constexpr int kSteadyLooks = 10;
 
 class Hosts : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override
     {
+        setenv("XDG_CONFIG_HOME", (m_folder / "settings").c_str(), 1);
+        setenv("XDG_CONFIG_DIRS", (m_folder / "machine").c_str(), 1);
         const std::string plugins = m_folder / "lv2";
         std::filesystem::create_directories(plugins);
         std::filesystem::create_directory_symlink(CV_BUILD_DIR "/quillet.lv2", plugins + "/quillet.lv2");
@@ -45,20 +48,28 @@ protected:
     void OpenHost()
     {
         m_host.emplace(std::vector<std::string>{GetParam(), kPlugin}, m_folder / "host.log");
-        // The innermost window of that name is the plug-in's own: a host that refused the interface
-        // shows controls of its own making instead.
-        ASSERT_TRUE(WaitFor([this] {
-            for (const ScreenWindow& window : m_screen.Find(kPluginTitle)) {
-                if (window.width == kPanelWidth && window.height == kPanelHeight && IsDrawn(window))
-                    m_panel = window;
-            }
-            return m_panel.id != 0;
-        })) << m_host->Log();
+        ASSERT_TRUE(WaitFor([this] { return FindPanel(); })) << m_host->Log();
+    }
+    // The innermost window of that name is the plug-in's own: a host that refused the interface shows
+    // controls of its own making instead. Answers whether it is there, drawn, and has stood where it
+    // stands since the last question: hosts and the window manager move it after it is shown.
+    bool FindPanel()
+    {
+        const ScreenWindow before = m_panel;
+        m_panel = ScreenWindow();
+        for (const ScreenWindow& window : m_screen.Find(kPluginTitle)) {
+            if (window.width == kPanelWidth && window.height == kPanelHeight && IsDrawn(window))
+                m_panel = window;
+        }
+        const bool stands = m_panel.x == before.x && m_panel.y == before.y;
+        m_steady = m_panel.id != 0 && stands ? m_steady + 1 : 0;
+        return m_steady >= kSteadyLooks;
     }
     void CloseHost()
     {
         (void)m_host->End();
         m_panel = ScreenWindow();
+        m_steady = 0;
     }
 
     bool IsDrawn(const ScreenWindow& window) const
@@ -108,6 +119,7 @@ protected:
     CHostScreen m_screen;
     std::optional<CProgram> m_host;
     ScreenWindow m_panel;
+    int m_steady = 0;
 };
 
 TEST_P(Hosts, ShowThePluginsOwnWindow)

@@ -185,7 +185,7 @@ TEST_F(Install, ManualNamesEveryCommand)
     std::istringstream lines(help.substr(begin, help.find("\n\n", begin) - begin));
     int commands = 0;
     for (std::string command, rest; lines >> command && std::getline(lines, rest); ++commands) {
-        const std::regex heading("(^|\n)\\.BR? " + command + "[ \n]");
+        const std::regex heading("(^|\n)\\.BI?R? \"?" + command + "[ \n]");
         EXPECT_TRUE(std::regex_search(manual.out, heading)) << command << " is not in the manual";
     }
     EXPECT_GE(commands, 2);
