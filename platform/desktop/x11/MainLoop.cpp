@@ -110,6 +110,10 @@ bool CMainLoop::TakeWake()
 
 void CMainLoop::Run(double seconds, const std::function<bool()>& done)
 {
+    if (seconds == 0 && g_main_depth() > 0) {
+        m_serve(); // we are called from a loop that serves us; its other sources are not ours to run
+        return;
+    }
     GMainContext* const context = g_main_context_default();
     if (!g_main_context_acquire(context))
         return; // another thread runs it, and us with it
