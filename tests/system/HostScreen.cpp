@@ -221,8 +221,8 @@ void CHostScreen::MoveTo(int x, int y) const
 
 void CHostScreen::Press(bool down) const
 {
-    xcb_test_fake_input(m_connection, static_cast<std::uint8_t>(down ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE), XCB_BUTTON_INDEX_1,
-                        XCB_CURRENT_TIME, m_root, 0, 0, 0);
+    xcb_test_fake_input(m_connection, static_cast<std::uint8_t>(down ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE),
+                        XCB_BUTTON_INDEX_1, XCB_CURRENT_TIME, m_root, 0, 0, 0);
     xcb_flush(m_connection);
 }
 
@@ -241,6 +241,13 @@ void CHostScreen::Drag(int fromX, int fromY, int toX, int toY) const
     for (int step = 1; step <= kSteps; ++step)
         MoveTo(fromX + (toX - fromX) * step / kSteps, fromY + (toY - fromY) * step / kSteps);
     Press(false);
+}
+
+void CHostScreen::MoveWindow(xcb_window_t window, int x, int y) const
+{
+    const std::int32_t place[] = {x, y};
+    xcb_configure_window(m_connection, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place);
+    xcb_flush(m_connection);
 }
 
 void CHostScreen::Close(xcb_window_t window) const

@@ -66,6 +66,8 @@ public:
     void Press(bool down) const;
     void Click(int x, int y) const;
     void Drag(int fromX, int fromY, int toX, int toY) const;
+    /// Asks for a window to stand elsewhere.
+    void MoveWindow(xcb_window_t window, int x, int y) const;
     /// Asks a window to close as the window manager's button does.
     void Close(xcb_window_t window) const;
 
