@@ -36,7 +36,7 @@ private:
 };
 
 /// Asks `condition` until it holds, at most `seconds`.
-bool WaitFor(const std::function<bool()>& condition, double seconds = 20.0);
+bool WaitFor(const std::function<bool()>& condition, double seconds = 60.0);
 
 struct ScreenWindow {
     xcb_window_t id = 0;
