@@ -142,6 +142,7 @@ TEST_P(Hosts, ShowTheDialogOverTheirWindow)
         moved = m_screen.WaitForWindow(kDialogTitle).value_or(dialog);
         return moved.y > dialog.y + 50;
     }));
+    EXPECT_TRUE(WaitFor([this] { return IsDrawn(m_panel); })) << "the host draws on while the dialog is open";
     Save("dialog");
     Click(moved, kCancelButton);
     EXPECT_TRUE(WaitForDialogsEnd());
