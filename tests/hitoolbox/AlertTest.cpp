@@ -156,8 +156,10 @@ TEST(Alert, BadArgumentsAreErrors)
     EXPECT_EQ(CreateStandardAlert(kAlertNoteAlert, CFSTR("x"), nullptr, &param, &dialog), paramErr);
     EXPECT_EQ(RunStandardAlert(nullptr, nullptr, nullptr), paramErr);
     EXPECT_EQ(GetStandardAlertDefaultParams(&param, 1), noErr);
-    EXPECT_EQ(param.defaultText, DefaultText());
-    EXPECT_EQ(param.cancelText, nullptr);
+    const CFStringRef defaultText = param.defaultText; // the record is packed, and a reference is not
+    const CFStringRef cancelText = param.cancelText;
+    EXPECT_EQ(defaultText, DefaultText());
+    EXPECT_EQ(cancelText, nullptr);
 }
 
 TEST(Alert, KeepsItsTextsWhileItLives)
