@@ -172,12 +172,17 @@ std::vector<ScreenWindow> CHostScreen::Find(const std::string& title) const
 
 std::optional<ScreenWindow> CHostScreen::WaitForWindow(const std::string& title) const
 {
-    std::vector<ScreenWindow> found;
+    constexpr int kSteadyLooks = 10;
+    std::optional<ScreenWindow> window;
+    int steady = 0;
     (void)WaitFor([&] {
-        found = Find(title);
-        return !found.empty();
+        const std::vector<ScreenWindow> found = Find(title);
+        const bool stands = !found.empty() && window && window->x == found.back().x && window->y == found.back().y;
+        steady = stands ? steady + 1 : 0;
+        window = found.empty() ? std::nullopt : std::optional<ScreenWindow>(found.back());
+        return steady >= kSteadyLooks;
     });
-    return found.empty() ? std::nullopt : std::optional<ScreenWindow>(found.back());
+    return window;
 }
 
 xcb_window_t CHostScreen::PropertyOf(xcb_window_t window, const char* property) const

@@ -53,7 +53,8 @@ public:
 
     /// Answers the visible windows whose title contains `title`, those further inside last.
     std::vector<ScreenWindow> Find(const std::string& title) const;
-    /// Waits for the window further inside of those with that title.
+    /// Waits for the window furthest inside of those with that title, and until it stands still: window
+    /// managers move what they are asked to show.
     std::optional<ScreenWindow> WaitForWindow(const std::string& title) const;
     /// Answers the value of a property that holds one window or atom; 0 for none.
     xcb_window_t PropertyOf(xcb_window_t window, const char* property) const;

@@ -107,7 +107,7 @@ protected:
     // Answers whether the gain comes to stand at 12 dB.
     bool GainRises() const
     {
-        return WaitFor([this] { return IsLit(kArcAtSixDecibels); }, 5.0) && !IsLit(kArcAtFourteenDecibels);
+        return WaitFor([this] { return IsLit(kArcAtSixDecibels); }, 20.0) && !IsLit(kArcAtFourteenDecibels);
     }
     void Save(const std::string& name) const
     {
@@ -155,6 +155,10 @@ TEST_P(Hosts, TurnKnobsAsTheUserChose)
     ASSERT_NE(dialog.id, 0U);
     EXPECT_FALSE(IsLit(kArcAtSixDecibels));
     Click(dialog, kKnobOption);
+    EXPECT_TRUE(WaitFor([&] {
+        const unsigned pixel = m_screen.PixelAt(dialog.x + kKnobOption.x - 5, dialog.y + kKnobOption.y - 4);
+        return (pixel & 0xFF) > 0xA0 && (pixel >> 16) < 0x80; // the blue of a ticked box
+    })) << "the option does not get its tick";
     Save("option");
     Click(dialog, kOkButton);
     ASSERT_TRUE(WaitForDialogsEnd());
