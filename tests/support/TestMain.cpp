@@ -48,7 +48,7 @@ std::string OwnFolder()
 // with every address that is opened.
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions()
 {
-    return "leak:CreateRetainedString\nleak:CBaseProductManager::GoToSite\n";
+    return "leak:CreateRetainedString\nleak:CBaseProductManager::GoToSite\nleak:libfontconfig.so\n";
 }
 #endif
 
