@@ -432,7 +432,7 @@ TEST_F(LaunchServices, NeverLetsAShellReadAnAddress)
 TEST_F(LaunchServices, GoesToAHostThatOpensPagesItself)
 {
     viewers.Install("org.example.Viewer");
-    const auto visits = viewers.VisitsOf([this] {
+    const auto visits = viewers.VisitsOf([] {
         struct Seen {
             std::string url, application;
             int count = 0;
