@@ -1,8 +1,6 @@
 // prefs/PreferenceStore.cpp
 //
 // The store of small settings that all plug-ins share, and the one setting of the component's own.
-#include <stdio.h>
-
 #include "frame/BaseProductManager.h"
 #include "frame/Owned.h"
 
@@ -19,11 +17,11 @@ CFStringRef MakeText(const char* utf8)
 // Names the domain of a section; the caller releases it.
 CFStringRef MakeDomain(const char* section)
 {
-    char normalised[CBaseProductManager::kTextSize] = "";
-    char identifier[CBaseProductManager::kTextSize] = "";
-    CBaseProductManager::Normalize(normalised, section);
-    // Cut at 258 characters in all, on purpose: a longer section shares its beginning's domain.
-    snprintf(identifier, sizeof identifier - 1, "%s.%.246s", "com.corvane", normalised);
+    enum { kPrefix = 12, kLongest = 258 };
+    char identifier[kPrefix + CBaseProductManager::kTextSize] = "com.corvane.";
+    CBaseProductManager::Normalize(identifier + kPrefix, section);
+    // Cut on purpose: a longer section shares its beginning's domain.
+    identifier[kLongest] = '\0';
     return MakeText(identifier);
 }
 

@@ -54,18 +54,27 @@ constexpr struct {
 
 bool Is(CFStringRef given, CFStringRef constant) noexcept
 {
-    return given == constant || (given && CFEqual(given, constant));
+    return given == constant || (given && given->Utf8() == constant->Utf8());
+}
+
+// Which of two names is given; nullopt for neither. Nearly always it is the constant itself.
+template <typename Name>
+std::optional<Name> Which(CFStringRef given, CFStringRef anyName, CFStringRef currentName) noexcept
+{
+    if (given == anyName)
+        return Name::Any;
+    if (given == currentName || Is(given, currentName))
+        return Name::Current;
+    return Is(given, anyName) ? std::optional<Name>(Name::Any) : std::nullopt;
 }
 
 std::optional<PreferencesScope> ScopeOf(CFStringRef userName, CFStringRef hostName) noexcept
 {
-    const bool anyUser = Is(userName, kCFPreferencesAnyUser);
-    const bool anyHost = Is(hostName, kCFPreferencesAnyHost);
-    if ((!anyUser && !Is(userName, kCFPreferencesCurrentUser)) ||
-        (!anyHost && !Is(hostName, kCFPreferencesCurrentHost)))
+    const auto user = Which<PreferencesUser>(userName, kCFPreferencesAnyUser, kCFPreferencesCurrentUser);
+    const auto host = Which<PreferencesHost>(hostName, kCFPreferencesAnyHost, kCFPreferencesCurrentHost);
+    if (!user || !host)
         return std::nullopt;
-    return PreferencesScope{anyUser ? PreferencesUser::Any : PreferencesUser::Current,
-                            anyHost ? PreferencesHost::Any : PreferencesHost::Current};
+    return PreferencesScope{*user, *host};
 }
 
 std::string FindProgramName()

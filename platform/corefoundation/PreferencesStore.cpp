@@ -7,6 +7,7 @@
 #include <pthread.h>
 #include <time.h>
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
@@ -72,12 +73,16 @@ CPreferencesStore::Entry* CPreferencesStore::FindEntry(std::string_view applicat
 {
     if (!m_environment.IsUnchanged()) { // the folders may be others now
         m_environment = CPreferencesEnvironment();
+        std::fill_n(&m_latest[0][0], 4, nullptr);
         m_entries.clear();
         m_watch.Forget();
     }
+    Entry*& latest = m_latest[static_cast<int>(scope.user)][static_cast<int>(scope.host)];
+    if (latest && latest->application == application)
+        return latest;
     const auto found = m_entries.find(Key{application, scope});
     if (found != m_entries.end())
-        return found->second.get();
+        return latest = found->second.get();
     auto place = FindPreferencesPlace(application, scope);
     if (!place)
         return nullptr;
@@ -87,12 +92,13 @@ CPreferencesStore::Entry* CPreferencesStore::FindEntry(std::string_view applicat
     entry->application = application;
     entry->domain = std::make_shared<CPreferencesDomain>(std::move(*place));
     const Key key{entry->application, scope};
-    return m_entries.emplace(key, std::move(entry)).first->second.get();
+    return latest = m_entries.emplace(key, std::move(entry)).first->second.get();
 }
 
 // Forgets what nobody uses and nobody has to write; it is on disk.
 void CPreferencesStore::Trim()
 {
+    std::fill_n(&m_latest[0][0], 4, nullptr);
     for (auto entry = m_entries.begin(); entry != m_entries.end();) {
         const auto& domain = entry->second->domain;
         entry = domain.use_count() == 1 && !domain->HasChanges() ? m_entries.erase(entry) : std::next(entry);

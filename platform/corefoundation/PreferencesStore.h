@@ -67,6 +67,7 @@ private:
     std::mutex m_mutex;
     CPreferencesEnvironment m_environment;
     std::unordered_map<Key, std::unique_ptr<Entry>, KeyHash> m_entries;
+    Entry* m_latest[2][2] = {}; // found last, by user and host: a setting is asked for four times in a row
     CPreferencesWatch m_watch;
     CPreferencesStore* m_abandoned = nullptr; // the parent's, which a fork may have caught half changed
 };
