@@ -255,7 +255,8 @@ TEST_P(EditText, LockedTextIsNotChanged)
     EXPECT_EQ(Text(), "kept");
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, EditText, testing::Values(0, 1)); // Unicode and classic
+INSTANTIATE_TEST_SUITE_P(Kinds, EditText, testing::Values(0, 1),
+                         [](const auto& instance) { return instance.param == 0 ? "Unicode" : "Classic"; });
 
 TEST(MultiLineText, ReturnMakesALineAndControlReturnPressesTheButton)
 {

@@ -206,7 +206,8 @@ protected:
     const NibDocument m_document = ReadableFile(GetParam());
 };
 
-INSTANTIATE_TEST_SUITE_P(Layouts, EveryClass, testing::Values("every-class-nested.xib", "every-class-shuffled.xib"));
+INSTANTIATE_TEST_SUITE_P(Layouts, EveryClass, testing::Values("every-class-nested.xib", "every-class-shuffled.xib"),
+                         [](const auto& instance) { return instance.index == 0 ? "Nested" : "Shuffled"; });
 
 } // namespace
 

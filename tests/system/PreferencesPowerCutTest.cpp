@@ -38,6 +38,11 @@ struct FileSystem {
     const char* size;
 };
 
+void PrintTo(const FileSystem& system, std::ostream* out)
+{
+    *out << system.name; // instead of its bytes, which are addresses
+}
+
 class PreferencesPowerCut : public CPreferencesTest, public testing::WithParamInterface<FileSystem> {
 protected:
     bool Run(const std::vector<std::string>& words) const

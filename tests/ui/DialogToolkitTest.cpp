@@ -194,7 +194,8 @@ TEST_P(ReadOnly, ProgrammaticSettingIsNoChangeOfTheUsers)
 }
 
 // 0 is a Unicode edit text, 1 a classic one.
-INSTANTIATE_TEST_SUITE_P(EditTexts, ReadOnly, testing::Values(0, 1));
+INSTANTIATE_TEST_SUITE_P(EditTexts, ReadOnly, testing::Values(0, 1),
+                         [](const auto& instance) { return instance.param == 0 ? "Unicode" : "Classic"; });
 
 TEST(DialogToolkit, ReadOnlyHandlerAnswersOtherEventsWithNoErr)
 {

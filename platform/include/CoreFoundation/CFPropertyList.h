@@ -1,8 +1,8 @@
 // CoreFoundation/CFPropertyList.h
 //
 // Property lists, read from XML and binary data, written as XML. Lists may come from anywhere, so
-// they are bounded: 16 MiB, 512 levels, about a million nodes, 32768 keys in a dictionary. Whole
-// numbers have 64 bits; dates lie between 1934 and 2068, and XML gives them whole seconds.
+// they are bounded: 16 MiB, 512 levels, about a million nodes, 131,072 keys in a dictionary.
+// Whole numbers have 64 bits; dates lie between 1934 and 2068, and XML gives them whole seconds.
 #ifndef COREFOUNDATION_CFPROPERTYLIST_H
 #define COREFOUNDATION_CFPROPERTYLIST_H
 
