@@ -37,13 +37,12 @@ CFStringRef GetPageName(CFDictionaryRef map, unsigned int topic)
 CFURLRef CopyHelpPage(CFBundleRef bundle, const char* folder, unsigned int topic)
 {
     const COwned<CFStringRef> folderName(CFStringCreateWithCString(kCFAllocatorDefault, folder, kCFStringEncodingUTF8));
-    COwned<CFURLRef> index(CFBundleCopyResourceURL(bundle, CFSTR("index"), CFSTR("html"), folderName.Get()));
     const COwned<CFURLRef> mapFile(
         CFBundleCopyResourceURL(bundle, CFSTR("ContextMap"), CFSTR("xml"), folderName.Get()));
     const COwned<CFDictionaryRef> map(mapFile ? CopyContextMap(mapFile.Get()) : nullptr);
     const CFStringRef page = map ? GetPageName(map.Get(), topic) : nullptr;
     if (!page)
-        return index.Detach();
+        return CFBundleCopyResourceURL(bundle, CFSTR("index"), CFSTR("html"), folderName.Get());
     const COwned<CFURLRef> mapFolder(CFURLCreateCopyDeletingLastPathComponent(kCFAllocatorDefault, mapFile.Get()));
     return mapFolder ? CFURLCreateCopyAppendingPathComponent(kCFAllocatorDefault, mapFolder.Get(), page, false)
                      : nullptr;

@@ -113,11 +113,9 @@ std::string __CFArray::Describe() const
 
 __CFDictionary::__CFDictionary(const CFDictionaryKeyCallBacks& withKeys, const CFDictionaryValueCallBacks& withValues,
                                bool canChange, std::size_t capacity)
-    : keyCallBacks(withKeys),
-      valueCallBacks(withValues),
-      isMutable(canChange),
-      pairs(capacity, KeyHash{&keyCallBacks}, KeyEqual{&keyCallBacks})
+    : keyCallBacks(withKeys), valueCallBacks(withValues), isMutable(canChange)
 {
+    MakeRoom(capacity);
 }
 
 __CFDictionary::~__CFDictionary()
@@ -149,14 +147,62 @@ std::string __CFDictionary::Describe() const
     return text + "}";
 }
 
+std::uint32_t __CFDictionary::HashOf(const void* key) const
+{
+    const CFHashCode hash = keyCallBacks.hash ? keyCallBacks.hash(key) : reinterpret_cast<CFHashCode>(key) >> 4U;
+    constexpr std::uint64_t kGoldenRatio = 0x9E3779B97F4A7C15; // spreads what differs in few bits
+    return static_cast<std::uint32_t>((std::uint64_t{hash} * kGoldenRatio) >> 32U);
+}
+
+std::size_t __CFDictionary::FindSlot(const void* key, std::uint32_t hash) const
+{
+    std::size_t at = hash & (m_slots.size() - 1);
+    for (; m_slots[at].place != 0; at = (at + 1) & (m_slots.size() - 1)) {
+        if (m_slots[at].hash == hash && AreEqual(keyCallBacks, key, pairs[m_slots[at].place - 1].first))
+            break;
+    }
+    return at;
+}
+
+std::size_t __CFDictionary::NextEmptySlot(std::uint32_t hash) const noexcept
+{
+    std::size_t at = hash & (m_slots.size() - 1);
+    while (m_slots[at].place != 0)
+        at = (at + 1) & (m_slots.size() - 1);
+    return at;
+}
+
+void __CFDictionary::MakeRoom(std::size_t count)
+{
+    if (2 * count <= m_slots.size())
+        return;
+    std::size_t size = 8;
+    while (size < 2 * count)
+        size *= 2;
+    pairs.reserve(size / 2);
+    std::vector<Slot> old(size);
+    old.swap(m_slots);
+    for (const Slot& slot : old) {
+        if (slot.place != 0)
+            m_slots[NextEmptySlot(slot.hash)] = slot;
+    }
+}
+
+void __CFDictionary::Append(const void* key, const void* value, std::uint32_t hash)
+{
+    MakeRoom(pairs.size() + 1);
+    pairs.emplace_back(key, value);
+    m_slots[NextEmptySlot(hash)] = {static_cast<std::uint32_t>(pairs.size()), hash};
+}
+
 bool __CFDictionary::Find(const void* key, const void*& value) const
 {
-    if (!Accepts(keyCallBacks, key))
+    if (m_slots.empty() || !Accepts(keyCallBacks, key))
         return false;
-    const auto found = pairs.find(key);
-    if (found == pairs.end())
+    const Slot slot = m_slots[FindSlot(key, HashOf(key))];
+    if (slot.place == 0)
         return false;
-    value = found->second;
+    value = pairs[slot.place - 1].second;
     return true;
 }
 
@@ -164,18 +210,18 @@ void __CFDictionary::Set(const void* key, const void* value, bool replace)
 {
     if (!Accepts(keyCallBacks, key) || !Accepts(valueCallBacks, value))
         return;
-    const auto known = pairs.find(key);
-    if (known != pairs.end() && !replace)
+    const std::uint32_t hash = HashOf(key);
+    const std::uint32_t known = m_slots.empty() ? 0 : m_slots[FindSlot(key, hash)].place;
+    if (known != 0 && !replace)
         return;
     const void* const keptValue = Retained(valueCallBacks, value);
-    if (known != pairs.end()) {
-        Released(valueCallBacks, known->second);
-        known->second = keptValue;
+    if (known != 0) {
+        Released(valueCallBacks, std::exchange(pairs[known - 1].second, keptValue));
         return;
     }
     const void* const keptKey = Retained(keyCallBacks, key);
     try {
-        pairs.emplace(keptKey, keptValue);
+        Append(keptKey, keptValue, hash);
     } catch (...) {
         Released(keyCallBacks, keptKey);
         Released(valueCallBacks, keptValue);
@@ -185,10 +231,14 @@ void __CFDictionary::Set(const void* key, const void* value, bool replace)
 
 void __CFDictionary::AdoptPair(const void* key, const void* value)
 {
-    if (!pairs.try_emplace(key, value).second) {
-        CFRelease(key);
-        CFRelease(value);
-    }
+    auto ownedKey = CRef<const CObject>::Adopt(ObjectOf(key));
+    auto ownedValue = CRef<const CObject>::Adopt(ObjectOf(value));
+    const std::uint32_t hash = HashOf(key);
+    if (!m_slots.empty() && m_slots[FindSlot(key, hash)].place != 0)
+        return;
+    Append(key, value, hash);
+    (void)ownedKey.Detach(); // they are the dictionary's now
+    (void)ownedValue.Detach();
 }
 
 CFTypeID CFArrayGetTypeID(void)

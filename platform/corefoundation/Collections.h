@@ -3,7 +3,8 @@
 // Arrays and dictionaries.
 #pragma once
 
-#include <unordered_map>
+#include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "platform/corefoundation/Object.h"
@@ -42,23 +43,24 @@ struct __CFDictionary final : CObject {
     /// Adds a pair of Core Foundation objects and takes their references over; a known key loses.
     void AdoptPair(const void* key, const void* value);
 
-    struct KeyHash {
-        CFHashCode operator()(const void* key) const
-        {
-            return callBacks->hash ? callBacks->hash(key) : reinterpret_cast<CFHashCode>(key) >> 4U;
-        }
-        const CFDictionaryKeyCallBacks* callBacks;
-    };
-    struct KeyEqual {
-        bool operator()(const void* key1, const void* key2) const
-        {
-            return key1 == key2 || (callBacks->equal && callBacks->equal(key1, key2));
-        }
-        const CFDictionaryKeyCallBacks* callBacks;
-    };
-
     const CFDictionaryKeyCallBacks keyCallBacks;
     const CFDictionaryValueCallBacks valueCallBacks;
     const bool isMutable;
-    std::unordered_map<const void*, const void*, KeyHash, KeyEqual> pairs;
+    std::vector<std::pair<const void*, const void*>> pairs; ///< In the order in which they were added.
+
+private:
+    /// A place in `pairs`, from 1, and its key's hash; place 0 for an empty slot.
+    struct Slot {
+        std::uint32_t place = 0;
+        std::uint32_t hash = 0;
+    };
+
+    std::uint32_t HashOf(const void* key) const;
+    /// Answers the slot of a key, or the empty one where it would stand. There are slots.
+    std::size_t FindSlot(const void* key, std::uint32_t hash) const;
+    std::size_t NextEmptySlot(std::uint32_t hash) const noexcept;
+    void Append(const void* key, const void* value, std::uint32_t hash);
+    void MakeRoom(std::size_t count);
+
+    std::vector<Slot> m_slots; // open-addressed, at most half of them taken; their number a power of two
 };

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
+#include <mutex>
 #include <string_view>
 
 namespace {
@@ -74,18 +76,31 @@ private:
     std::vector<std::string> m_folders;
 };
 
-} // namespace
-
-std::vector<std::string> LanguageFolders()
+std::vector<std::string> FoldersFor(std::string_view wanted)
 {
     CFolderList folders;
-    const std::string wanted = WantedLanguages();
     for (std::size_t at = 0; at < wanted.size();) {
         const std::size_t end = std::min(wanted.find(':', at), wanted.size());
-        folders.AddLanguage(std::string_view(wanted).substr(at, end - at));
+        folders.AddLanguage(wanted.substr(at, end - at));
         at = end + 1;
     }
     folders.AddLanguage("en");
     folders.Add("Base");
     return folders.Take();
+}
+
+} // namespace
+
+const std::vector<std::string>& LanguageFolders()
+{
+    // One list for each setting that the process ever has; there are few.
+    static auto& mutex = *new std::mutex;
+    static auto& lists = *new std::map<std::string, std::vector<std::string>>;
+    std::string wanted = WantedLanguages();
+    const std::lock_guard<std::mutex> lock(mutex);
+    const auto known = lists.find(wanted);
+    if (known != lists.end())
+        return known->second;
+    auto folders = FoldersFor(wanted);
+    return lists.emplace(std::move(wanted), std::move(folders)).first->second;
 }

@@ -9,4 +9,4 @@
 /// Answers folder names such as "de_AT.lproj", "de.lproj", "German.lproj", the user's languages
 /// first (LANGUAGE, else LC_ALL, LC_MESSAGES, LANG, as gettext reads them), then English, then
 /// "Base.lproj"; each once. Reads the environment anew at every call.
-std::vector<std::string> LanguageFolders();
+const std::vector<std::string>& LanguageFolders();

@@ -298,6 +298,14 @@ std::string_view Trimmed(std::string_view text)
     return text;
 }
 
+bool TakeByte(std::string_view& text, char byte)
+{
+    if (text.empty() || text.front() != byte)
+        return false;
+    text.remove_prefix(1);
+    return true;
+}
+
 bool TakePrefix(std::string_view& text, std::string_view prefix)
 {
     // The first byte decides nearly always.
@@ -335,9 +343,9 @@ bool ReadNumber(std::string_view digits, unsigned base, std::uint64_t most, std:
 bool IsIntegerText(std::string_view text)
 {
     text = Trimmed(text);
-    const bool isNegative = TakePrefix(text, "-");
+    const bool isNegative = TakeByte(text, '-');
     if (!isNegative)
-        (void)TakePrefix(text, "+");
+        (void)TakeByte(text, '+');
     const unsigned base = TakePrefix(text, "0x") || TakePrefix(text, "0X") ? 16 : 10;
     constexpr auto kMost = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
     std::uint64_t number = 0;
@@ -348,8 +356,8 @@ bool IsIntegerText(std::string_view text)
 bool IsRealText(std::string_view text)
 {
     text = Trimmed(text);
-    if (!TakePrefix(text, "-"))
-        (void)TakePrefix(text, "+");
+    if (!TakeByte(text, '-'))
+        (void)TakeByte(text, '+');
     if (text == "nan" || text == "inf" || text == "infinity")
         return true;
     std::size_t digits = TakeDigits(text);
@@ -358,8 +366,8 @@ bool IsRealText(std::string_view text)
     if (digits == 0)
         return false;
     if (TakePrefix(text, "e") || TakePrefix(text, "E")) {
-        if (!TakePrefix(text, "-"))
-            (void)TakePrefix(text, "+");
+        if (!TakeByte(text, '-'))
+            (void)TakeByte(text, '+');
         if (TakeDigits(text) == 0)
             return false;
     }
@@ -425,6 +433,35 @@ bool IsEntity(std::string_view name)
            (code < 0xD800 || code > 0xDFFF);
 }
 
+// A name's letters as one number; names of more than eight letters are none of these either way.
+constexpr std::uint64_t Packed(std::uint64_t letters, char next) noexcept
+{
+    return (letters << 8U) | static_cast<unsigned char>(next);
+}
+
+constexpr std::uint64_t Packed(std::string_view name) noexcept
+{
+    std::uint64_t letters = 0;
+    for (const char letter : name)
+        letters = Packed(letters, letter);
+    return letters;
+}
+
+enum class Name : std::uint64_t {
+    None,
+    Plist = Packed("plist"),
+    Dict = Packed("dict"),
+    Array = Packed("array"),
+    Key = Packed("key"),
+    String = Packed("string"),
+    Integer = Packed("integer"),
+    Real = Packed("real"),
+    True = Packed("true"),
+    False = Packed("false"),
+    Date = Packed("date"),
+    Data = Packed("data")
+};
+
 class CXmlCheck {
 public:
     explicit CXmlCheck(std::string_view text) : m_rest(text) {}
@@ -446,12 +483,12 @@ public:
 
 private:
     struct Tag {
-        std::string_view name;
+        Name name = Name::None;
         bool isEnd = false;
         bool isEmpty = false;
     };
     struct Element {
-        std::string_view name;
+        Name name;
         std::size_t children = 0;
     };
 
@@ -492,24 +529,31 @@ private:
 
     bool ReadTag(Tag& tag)
     {
-        if (!TakePrefix(m_rest, "<"))
+        if (!TakeByte(m_rest, '<'))
             return false;
-        tag.isEnd = TakePrefix(m_rest, "/");
+        tag.isEnd = TakeByte(m_rest, '/');
+        std::size_t length = 0;
+        std::uint64_t letters = 0;
+        for (; length < m_rest.size() && m_rest[length] >= 'a' && m_rest[length] <= 'z'; ++length)
+            letters = Packed(letters, m_rest[length]);
+        m_rest.remove_prefix(length);
+        tag.name = static_cast<Name>(letters);
+        return TakeByte(m_rest, '>') || ReadRestOfTag(tag);
+    }
+
+    // Space, a slash, and the attributes of the list's own element.
+    bool ReadRestOfTag(Tag& tag)
+    {
         const std::size_t end = m_rest.find('>');
-        std::string_view inside = m_rest.substr(0, end);
-        if (end == std::string_view::npos || inside.find('<') != std::string_view::npos)
+        std::string_view rest = m_rest.substr(0, end);
+        if (end == std::string_view::npos || rest.find('<') != std::string_view::npos)
             return false;
         m_rest.remove_prefix(end + 1);
-        if (!tag.isEnd && !inside.empty() && inside.back() == '/') {
-            tag.isEmpty = true;
-            inside.remove_suffix(1);
-        }
-        std::size_t length = 0;
-        while (length < inside.size() && !IsSpace(inside[length]))
-            ++length;
-        tag.name = inside.substr(0, length);
-        const bool mayHaveAttributes = tag.name == "plist" && !tag.isEnd;
-        return mayHaveAttributes || Trimmed(inside.substr(tag.name.size())).empty();
+        tag.isEmpty = !tag.isEnd && !rest.empty() && rest.back() == '/';
+        if (tag.isEmpty)
+            rest.remove_suffix(1);
+        const bool mayHaveAttributes = tag.name == Name::Plist && !tag.isEnd;
+        return mayHaveAttributes ? rest.empty() || IsSpace(rest.front()) : Trimmed(rest).empty();
     }
 
     bool Close(const Tag& tag)
@@ -518,29 +562,29 @@ private:
             return false;
         const Element element = m_open.back();
         m_open.pop_back();
-        if (element.name == "dict") {
+        if (element.name == Name::Dict) {
             m_keyWork += KeyWork(element.children / 2);
             return element.children % 2 == 0 && m_keyWork <= kMostKeyWork;
         }
         m_isComplete = m_open.empty();
-        return element.name == "array" || element.children == 1;
+        return element.name == Name::Array || element.children == 1;
     }
 
     bool Open(const Tag& tag)
     {
         if (m_open.empty()) {
             m_open.push_back({tag.name});
-            return tag.name == "plist" && !tag.isEmpty && !m_isComplete;
+            return tag.name == Name::Plist && !tag.isEmpty && !m_isComplete;
         }
         Element& parent = m_open.back();
-        const bool wantsKey = parent.name == "dict" && parent.children % 2 == 0;
-        if (wantsKey != (tag.name == "key") || (parent.name == "plist" && parent.children == 1))
+        const bool wantsKey = parent.name == Name::Dict && parent.children % 2 == 0;
+        if (wantsKey != (tag.name == Name::Key) || (parent.name == Name::Plist && parent.children == 1))
             return false;
         ++parent.children;
         // The list's own element is not counted.
         if (m_open.size() > static_cast<std::size_t>(kMostPropertyListDepth) + 1)
             return false;
-        if (tag.name == "dict" || tag.name == "array") {
+        if (tag.name == Name::Dict || tag.name == Name::Array) {
             if (!tag.isEmpty)
                 m_open.push_back({tag.name});
             return true;
@@ -550,7 +594,7 @@ private:
 
     bool CheckLeaf(const Tag& tag)
     {
-        if (tag.name == "string" || tag.name == "key")
+        if (tag.name == Name::String || tag.name == Name::Key)
             return tag.isEmpty || CheckText(tag.name);
         std::string_view text;
         if (!tag.isEmpty) {
@@ -562,33 +606,38 @@ private:
             if (!ReadEnd(tag.name))
                 return false;
         }
-        if (tag.name == "true" || tag.name == "false")
+        switch (tag.name) {
+        case Name::True:
+        case Name::False:
             return text.empty();
-        if (tag.name == "integer")
+        case Name::Integer:
             return IsIntegerText(text);
-        if (tag.name == "real")
+        case Name::Real:
             return IsRealText(text);
-        if (tag.name == "date")
+        case Name::Date:
             return IsDateText(Trimmed(text));
-        return tag.name == "data" && IsBase64Text(text);
+        case Name::Data:
+            return IsBase64Text(text);
+        default:
+            return false;
+        }
     }
 
     // Text with entities, in pieces where there are CDATA sections.
-    bool CheckText(std::string_view name)
+    bool CheckText(Name name)
     {
         for (;;) {
             const std::size_t end = m_rest.find('<');
             if (end == std::string_view::npos || !AreEntitiesSound(m_rest.substr(0, end)))
                 return false;
             m_rest.remove_prefix(end);
+            if (m_rest.substr(0, 2) == "</")
+                return ReadEnd(name);
             if (TakePrefix(m_rest, "<![CDATA[")) {
                 if (!SkipPast("]]>"))
                     return false;
-            } else if (TakePrefix(m_rest, "<!--")) {
-                if (!SkipPast("-->"))
-                    return false;
-            } else {
-                return ReadEnd(name);
+            } else if (!TakePrefix(m_rest, "<!--") || !SkipPast("-->")) {
+                return false;
             }
         }
     }
@@ -606,7 +655,7 @@ private:
         return true;
     }
 
-    bool ReadEnd(std::string_view name)
+    bool ReadEnd(Name name)
     {
         Tag tag;
         return ReadTag(tag) && tag.isEnd && tag.name == name;

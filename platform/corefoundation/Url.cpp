@@ -34,7 +34,7 @@ bool IsDigit(char byte)
 
 bool IsUnreserved(char byte)
 {
-    return IsAlpha(byte) || IsDigit(byte) || std::strchr("-._~", byte) != nullptr;
+    return IsAlpha(byte) || IsDigit(byte) || byte == '-' || byte == '.' || byte == '_' || byte == '~';
 }
 
 // Schemes and hosts are the same in either case.
@@ -92,38 +92,39 @@ bool IsUrl(std::string_view text)
 std::string Escape(std::string_view bytes)
 {
     static constexpr char kDigits[] = "0123456789ABCDEF";
+    const auto isPlain = [](char byte) {
+        return byte != '\0' && (IsUnreserved(byte) || byte == '/');
+    };
     std::string text;
     text.reserve(bytes.size());
-    for (const char byte : bytes) {
-        if (byte != '\0' && (IsUnreserved(byte) || byte == '/')) {
-            text.push_back(byte);
-        } else {
-            const auto code = static_cast<unsigned char>(byte);
-            text.push_back('%');
-            text.push_back(kDigits[code >> 4U]);
-            text.push_back(kDigits[code & 0xFU]);
-        }
+    for (auto from = bytes.begin();;) {
+        const auto end = std::find_if_not(from, bytes.end(), isPlain);
+        text.append(from, end);
+        if (end == bytes.end())
+            return text;
+        const auto code = static_cast<unsigned char>(*end);
+        text.append({'%', kDigits[code >> 4U], kDigits[code & 0xFU]});
+        from = end + 1;
     }
-    return text;
 }
 
 std::optional<std::string> Unescape(std::string_view text)
 {
+    if (text.find('\0') != std::string_view::npos)
+        return std::nullopt;
     std::string bytes;
     bytes.reserve(text.size());
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        char byte = text[at];
-        if (byte == '%') {
-            if (!IsEscape(text, at))
-                return std::nullopt;
-            byte = static_cast<char>(HexValue(text[at + 1]) * 16 + HexValue(text[at + 2]));
-            at += 2;
-        }
-        if (byte == '\0')
-            return std::nullopt;
-        bytes.push_back(byte);
+    for (std::size_t from = 0;;) {
+        const std::size_t at = std::min(text.find('%', from), text.size());
+        bytes.append(text, from, at - from);
+        if (at == text.size())
+            return bytes;
+        const int code = IsEscape(text, at) ? HexValue(text[at + 1]) * 16 + HexValue(text[at + 2]) : 0;
+        if (code == 0)
+            return std::nullopt; // an escaped NUL is no better than a broken escape
+        bytes.push_back(static_cast<char>(code));
+        from = at + 3;
     }
-    return bytes;
 }
 
 CRef<const __CFURL> MakeUrl(const std::string& text, CRef<const __CFURL> base)
