@@ -1,13 +1,15 @@
 // bench/ToolboxBench.cpp
 //
 // What events, windows of nibs and look-ups cost. Floors: calling the same handlers through
-// pointers, parsing nothing, and the same look-up among few controls.
+// pointers, reading the nib's bytes, and the same look-up among few controls.
 #include <benchmark/benchmark.h>
 
 #include <CVPlatform/CVPlatform.h>
 #include <Carbon/Carbon.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace {
@@ -91,6 +93,19 @@ void FindControlAmong(benchmark::State& state)
     DisposeWindow(window);
 }
 BENCHMARK(FindControlAmong)->Arg(10)->Arg(10000);
+
+// The floor of a window: what of it every reader has to do.
+void ReadNibsBytes(benchmark::State& state)
+{
+    for (auto _ : state) {
+        std::ifstream file(CV_NIB_BUNDLE "/Contents/Resources/Dialog.nib/objects.xib", std::ios::binary);
+        const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        benchmark::DoNotOptimize(bytes.data());
+        if (bytes.empty())
+            state.SkipWithError("no such nib");
+    }
+}
+BENCHMARK(ReadNibsBytes);
 
 void WindowFromNib(benchmark::State& state)
 {

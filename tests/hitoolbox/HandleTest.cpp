@@ -1,9 +1,7 @@
 // tests/hitoolbox/HandleTest.cpp
 //
-// Every call with null, stale, foreign and random references: statuses only. And what the handles
-// cost: nothing after the window is gone.
+// Every call with null, stale, foreign and random references: statuses only.
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include <cstdint>
 #include <random>
@@ -183,42 +181,6 @@ TEST(Handles, StaleReferencesAreErrors)
     }
     EXPECT_TRUE(IsValidWindowPtr(live.Window()));
 }
-
-#if !CV_SANITIZED // the sanitizers' allocators are not counted by mallinfo2
-TEST(Memory, TenThousandWindowsLeaveNothingBehind)
-{
-    UseHeadlessDesktop();
-    const CDataBundle bundle("windows");
-    IBNibRef nib = nullptr;
-    ASSERT_EQ(CreateNibReferenceWithCFBundle(bundle.Get(), CFSTR("Dialog"), &nib), noErr);
-    const auto use = [nib](int windows) {
-        for (int count = 0; count < windows; ++count) {
-            WindowRef window = nullptr;
-            ASSERT_EQ(CreateWindowFromNib(nib, CFSTR("Dialog"), &window), noErr);
-            const ControlID id = {'EDIT', 0};
-            ControlRef control = nullptr;
-            ASSERT_EQ(GetControlByID(window, &id, &control), noErr);
-            CFStringRef text = MakeString("filled");
-            (void)SetControlData(control, 0, kControlEditTextCFStringTag, sizeof text, &text);
-            (void)SetControlTitleWithCFString(control, text);
-            CFRelease(text);
-            (void)HIViewNewTrackingArea(control, nullptr, 1, nullptr);
-            const EventTypeSpec type = {'test', 1};
-            (void)InstallEventHandler(GetControlEventTarget(control), Ignore, 1, &type, nullptr, nullptr);
-            ShowWindow(window);
-            SelectWindow(window);
-            Pump();
-            DisposeWindow(window);
-            Pump();
-        }
-    };
-    use(200); // fills what is kept for reuse
-    const std::size_t before = mallinfo2().uordblks;
-    use(10000);
-    EXPECT_EQ(mallinfo2().uordblks, before);
-    DisposeNibReference(nib);
-}
-#endif
 
 TEST(Threads, CallsFromWrongThreadsNeitherCorruptNorHang)
 {
