@@ -52,5 +52,7 @@ int main(int count, char** words)
                                   std::string("\0%d %5.2f %1$x %% %-8ld|%+i", 27), std::string("\0%2$d %1$*2$u", 13)});
     Write(folder / "UrlFuzz", {"http://a/b/c/d;p?q\n../g?y#s", "file://localhost/a%20b/\nc/../d", "/a b/\xC3\xA9/#?%41",
                                "file:///a\n//h/p", "mailto:a@b\n?q", "http://[::1]:80/\n."});
+    Write(folder / "ExecLineFuzz", {std::string("\1viewer\0%u", 10), std::string("\3viewer\0%F\0--class=%c", 21),
+                                    std::string("\2sh\0-c\0exec viewer %u", 21), std::string("\3a\0%i\0%k%%%x", 12)});
     return 0;
 }

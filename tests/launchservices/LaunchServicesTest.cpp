@@ -388,6 +388,36 @@ TEST_F(LaunchServices, IsQuietWithoutAnyApplication)
     EXPECT_THAT(visits, IsEmpty());
 }
 
+TEST_F(LaunchServices, IsQuietWhereItsModuleIsMissingOrCannotBeLoaded)
+{
+    viewers.Install("org.example.Viewer");
+    viewers.MakeDefault("org.example.Viewer", "text/html");
+    const CTemporaryFolder layer;
+    std::filesystem::copy_file(CV_BUILD_DIR "/libcvplatform.so.1", layer / "libcvplatform.so.1");
+    const auto check = [&layer](const char* answers) {
+        const ProgramResult result =
+            RunProgram({CV_TEST_BIN_DIR "/launchservices/opener"}, {{"LD_LIBRARY_PATH", layer.Path()}});
+        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.out, answers);
+        EXPECT_EQ(result.err, "");
+    };
+    const char* const nobody = "-10814 -10814 -10814 -10814 0 0 1";
+    check(nobody);
+    const std::string module = layer / "libcvplatform-launch.so";
+    WriteFile(module, "no code");
+    check(nobody);
+    // A module of another version: its entry has another name.
+    std::filesystem::copy_file(CV_BUILD_DIR "/libcvplatform-image.so", module,
+                               std::filesystem::copy_options::overwrite_existing);
+    check(nobody);
+    EXPECT_THAT(viewers.TakeVisits(), IsEmpty());
+    std::filesystem::copy_file(CV_BUILD_DIR "/libcvplatform-launch.so", module,
+                               std::filesystem::copy_options::overwrite_existing);
+    EXPECT_EQ(
+        RunProgram({CV_TEST_BIN_DIR "/launchservices/opener"}, {{"LD_LIBRARY_PATH", layer.Path()}}).out.substr(0, 2),
+        "0 ");
+}
+
 TEST_F(LaunchServices, KeepsToTheFolderThatTheEntryNames)
 {
     viewers.Install("org.example.Viewer", "%u", "Path=/usr");

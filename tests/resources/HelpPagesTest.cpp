@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <regex>
 #include <set>
 
 #include "tests/support/Support.h"
@@ -191,6 +192,24 @@ TEST(HelpPages, HaveALightAndADarkLook)
     const auto names = Between(style, " --", ": #");
     for (const std::string& name : names)
         EXPECT_EQ(std::count(names.begin(), names.end(), name), 2) << name;
+}
+
+TEST(HelpPages, NameTheFoldersThatTheStoreUses)
+{
+    const std::string found = RunProgram({CV_BUILD_DIR "/quillets", "doctor"},
+                                         {{"XDG_CONFIG_DIRS", ""}, {"XDG_CONFIG_HOME", ""}, {"HOME", "/home/someone"}})
+                                  .out;
+    const auto folderOf = [&found](const std::string& scope) {
+        std::smatch match;
+        return std::regex_search(found, match, std::regex(" " + scope + " +(/\\S+)")) ? match[1].str() : "none";
+    };
+    const std::string user = folderOf("user");
+    ASSERT_EQ(user.substr(0, 14), "/home/someone/");
+    for (const char* language : kLanguages) {
+        const std::string page = ReadFile(HelpFolder(language) + "/preferences.html");
+        EXPECT_THAT(page, HasSubstr("<code>" + folderOf("machine") + "/</code>"));
+        EXPECT_THAT(page, HasSubstr("<code>~" + user.substr(13) + "/</code>"));
+    }
 }
 
 } // namespace

@@ -222,6 +222,22 @@ TEST(Doctor, NamesWhatIsMissing)
     EXPECT_THAT(result.out, HasSubstr("MISSING bundle"));
 }
 
+TEST(Doctor, NamesAModuleThatCannotBeLoaded)
+{
+    const CTemporaryFolder layer;
+    for (const char* const file : {"libcvplatform.so.1", "libcvplatform-image.so", "libcvplatform-x11.so"})
+        std::filesystem::copy_file(std::string(CV_BUILD_DIR "/") + file, layer / file);
+    const auto diagnose = [&layer] {
+        const ProgramResult result = RunProgram({BuiltTool(), "doctor"}, {{"LD_LIBRARY_PATH", layer.Path()}});
+        EXPECT_EQ(result.code, 1);
+        EXPECT_THAT(result.out, HasSubstr("  ok    module       libcvplatform-x11.so"));
+        return result.out;
+    };
+    EXPECT_THAT(diagnose(), HasSubstr("MISSING module       " + (layer / "libcvplatform-launch.so")));
+    WriteFile(layer / "libcvplatform-launch.so", "no code");
+    EXPECT_THAT(diagnose(), HasSubstr("MISSING module       " + (layer / "libcvplatform-launch.so")));
+}
+
 TEST(CommandLine, HelpIsEverywhere)
 {
     for (const std::vector<std::string>& words : {std::vector<std::string>{"--help"},

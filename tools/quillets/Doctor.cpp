@@ -91,6 +91,18 @@ void ReportLayer(CReport& report)
 {
     const char* const path = CVGetLibraryPath();
     report.Say("layer", std::string(CVGetVersion()) + (path ? std::string(" at ") + path : std::string()));
+    if (!path)
+        return;
+    // What of the layer is loaded at first use only, with libraries that may not be there.
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    for (const char* const name : {"libcvplatform-x11.so", "libcvplatform-image.so", "libcvplatform-launch.so"}) {
+        if (dlopen((folder / name).c_str(), RTLD_NOW | RTLD_LOCAL)) {
+            report.Say("module", name);
+        } else {
+            const char* const problem = dlerror();
+            report.Miss("module", problem ? problem : name); // which says the file and why
+        }
+    }
 }
 
 // The settings' files: whether they can be read, who may, and what was put aside.
