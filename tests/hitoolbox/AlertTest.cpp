@@ -96,6 +96,23 @@ TEST(Alert, DefaultTextsAndOwnTexts)
     DisposeDialog(dialog); // stale
 }
 
+TEST(Alert, DefaultTextsAreInTheUsersLanguageAndOwnTextsAsTheyAre)
+{
+    const AlertStdCFStringAlertParamRec param = AllButtons();
+    const auto titlesFor = [&param](const char* locale, const char* languages) {
+        const CEnvironment wanted("LC_ALL", locale);
+        const CEnvironment list("LANGUAGE", languages);
+        const DialogRef dialog = MakeAlert(&param);
+        const std::string titles = Titles(dialog);
+        DisposeDialog(dialog);
+        return titles;
+    };
+    EXPECT_EQ(titlesFor("de_AT.UTF-8", nullptr), "OK;Abbrechen;Other;Hilfe;");
+    EXPECT_EQ(titlesFor("fr_FR.UTF-8", "fr:de"), "OK;Abbrechen;Other;Hilfe;");
+    EXPECT_EQ(titlesFor("fr_FR.UTF-8", nullptr), "OK;Cancel;Other;Help;");
+    EXPECT_EQ(titlesFor("C", "de"), "OK;Cancel;Other;Help;");
+}
+
 TEST(Alert, EachButtonAnswersItsNumber)
 {
     const AlertStdCFStringAlertParamRec param = AllButtons();

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "platform/base/Guard.h"
+#include "platform/corefoundation/Languages.h"
 #include "platform/hitoolbox/events/Loop.h"
 #include "platform/hitoolbox/windows/ControlCalls.h"
 #include <CVPlatform/CVPlatform.h>
@@ -57,6 +58,31 @@ bool IsDefaultText(CFStringRef text) noexcept
     return reinterpret_cast<std::intptr_t>(text) == kAlertDefaultOKText;
 }
 
+/// The titles that a caller leaves to the system.
+struct Wording {
+    std::string_view folder; // of the language
+    const char* ok;
+    const char* cancel;
+    const char* other;
+    const char* help;
+};
+constexpr Wording kWordings[] = {
+    {"en.lproj", "OK", "Cancel", "Don\xE2\x80\x99t Save", "Help"},
+    {"de.lproj", "OK", "Abbrechen", "Nicht sichern", "Hilfe"},
+};
+
+// In the user's first language that there is one for, as a bundle's resources are chosen.
+const Wording& WordingForUser()
+{
+    for (const std::string& folder : LanguageFolders()) {
+        for (const Wording& wording : kWordings) {
+            if (wording.folder == folder)
+                return wording;
+        }
+    }
+    return kWordings[0];
+}
+
 void AddButton(Request& request, DialogItemIndex item, CFStringRef text, const char* wording)
 {
     if (text)
@@ -66,11 +92,12 @@ void AddButton(Request& request, DialogItemIndex item, CFStringRef text, const c
 
 void AddButtons(Request& request, const AlertStdCFStringAlertParamRec& param)
 {
-    AddButton(request, kAlertStdAlertOKButton, param.defaultText, "OK");
-    AddButton(request, kAlertStdAlertCancelButton, param.cancelText, "Cancel");
-    AddButton(request, kAlertStdAlertOtherButton, param.otherText, "Don\xE2\x80\x99t Save");
+    const Wording& wording = WordingForUser();
+    AddButton(request, kAlertStdAlertOKButton, param.defaultText, wording.ok);
+    AddButton(request, kAlertStdAlertCancelButton, param.cancelText, wording.cancel);
+    AddButton(request, kAlertStdAlertOtherButton, param.otherText, wording.other);
     if (param.helpButton)
-        request.buttons.push_back({kAlertStdAlertHelpButton, __CFString::Create("Help")});
+        request.buttons.push_back({kAlertStdAlertHelpButton, __CFString::Create(wording.help)});
     request.defaultButton = param.defaultButton;
     request.cancelButton = param.cancelButton;
 }

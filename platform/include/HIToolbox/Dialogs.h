@@ -19,7 +19,7 @@ typedef ModalFilterProcPtr ModalFilterUPP;
 
 enum { kAlertStopAlert = 0, kAlertNoteAlert = 1, kAlertCautionAlert = 2, kAlertPlainAlert = 3 };
 enum { kStdCFStringAlertVersionOne = 1 };
-/// In place of a text: the system's own wording.
+/// In place of a text: the system's own wording, in the user's language (English or German).
 enum { kAlertDefaultOKText = -1, kAlertDefaultCancelText = -1, kAlertDefaultOtherText = -1 };
 enum {
     kAlertStdAlertOKButton = 1,
