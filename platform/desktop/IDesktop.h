@@ -37,7 +37,11 @@ enum class Placement {
     Frame,          ///< Where its frame says.
     CentredOnOwner, ///< Over the middle of its owner; without one as CentredOnScreen.
     CentredOnScreen,
-    AlertOnScreen ///< Centred, a fifth of the free height from the top.
+    AlertOnScreen, ///< Centred, a fifth of the free height from the top.
+    /// A list over its owner: the frame counts from the owner's top left and is kept on the screen.
+    /// It has no decoration and never gets the keyboard; pointer input over it is its own, even while
+    /// a button is held that went down elsewhere.
+    Menu
 };
 
 /// What a new surface is to be.

@@ -54,7 +54,8 @@ void CHeadlessDesktop::ShowSurface(SurfaceId surface)
     if (!found || found->shown)
         return;
     found->shown = true;
-    GiveFocus(surface);
+    if (found->request.placement != Placement::Menu)
+        GiveFocus(surface);
 }
 
 void CHeadlessDesktop::HideSurface(SurfaceId surface)
@@ -73,6 +74,23 @@ void CHeadlessDesktop::SelectSurface(SurfaceId surface)
     const Surface* const found = Find(surface);
     if (found && found->shown)
         GiveFocus(surface);
+}
+
+PointerInput CHeadlessDesktop::OverMenu(const PointerInput& input) const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    PointerInput routed = input;
+    for (const auto& [id, surface] : m_surfaces) {
+        const PixelRect& frame = surface.request.frame;
+        if (surface.request.placement != Placement::Menu || surface.request.owner != input.surface || !surface.shown ||
+            input.x < frame.x || input.x >= frame.x + frame.width || input.y < frame.y ||
+            input.y >= frame.y + frame.height)
+            continue;
+        routed.surface = id;
+        routed.x -= frame.x;
+        routed.y -= frame.y;
+    }
+    return routed;
 }
 
 void CHeadlessDesktop::GiveFocus(SurfaceId surface)

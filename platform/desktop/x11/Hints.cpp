@@ -181,8 +181,9 @@ void CX11Desktop::Place(Surface& surface)
     }
     if (surface.transientFor != 0 || surface.request.placement != Placement::Frame) {
         const int share = surface.request.placement == Placement::AlertOnScreen && surface.transientFor == 0 ? 5 : 2;
-        frame.x = around.x + (around.width - frame.width) / 2;
-        frame.y = around.y + (around.height - frame.height) / share;
+        const bool isMenu = surface.request.placement == Placement::Menu;
+        frame.x = around.x + (isMenu ? frame.x : (around.width - frame.width) / 2);
+        frame.y = around.y + (isMenu ? frame.y : (around.height - frame.height) / share);
         frame.x = std::clamp(frame.x, 0, std::max(0, screen.width_in_pixels - frame.width));
         frame.y = std::clamp(frame.y, 0, std::max(0, screen.height_in_pixels - frame.height));
         const std::uint32_t position[] = {static_cast<std::uint32_t>(frame.x), static_cast<std::uint32_t>(frame.y)};

@@ -88,15 +88,20 @@ SurfaceId CX11Desktop::CreateSurface(const SurfaceRequest& request)
     surface.width = frame.width;
     surface.height = frame.height;
     // The gravity keeps what is there when the window grows, so that nothing flickers meanwhile.
-    const std::uint32_t values[] = {XCB_BACK_PIXMAP_NONE, 0, XCB_GRAVITY_NORTH_WEST, kSurfaceEvents,
+    const std::uint32_t values[] = {XCB_BACK_PIXMAP_NONE,
+                                    0,
+                                    XCB_GRAVITY_NORTH_WEST,
+                                    request.placement == Placement::Menu ? 1U : 0U, // no manager's business
+                                    kSurfaceEvents,
                                     m_connection->Colormap()};
-    xcb_create_window(
-        m_connection->Get(), m_connection->Depth(), surface.window, m_connection->Screen().root,
-        static_cast<std::int16_t>(std::clamp(frame.x, -kLargestSide, kLargestSide)),
-        static_cast<std::int16_t>(std::clamp(frame.y, -kLargestSide, kLargestSide)),
-        static_cast<std::uint16_t>(frame.width), static_cast<std::uint16_t>(frame.height), 0,
-        XCB_WINDOW_CLASS_INPUT_OUTPUT, m_connection->Visual(),
-        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_BIT_GRAVITY | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, values);
+    xcb_create_window(m_connection->Get(), m_connection->Depth(), surface.window, m_connection->Screen().root,
+                      static_cast<std::int16_t>(std::clamp(frame.x, -kLargestSide, kLargestSide)),
+                      static_cast<std::int16_t>(std::clamp(frame.y, -kLargestSide, kLargestSide)),
+                      static_cast<std::uint16_t>(frame.width), static_cast<std::uint16_t>(frame.height), 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, m_connection->Visual(),
+                      XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_BIT_GRAVITY | XCB_CW_OVERRIDE_REDIRECT |
+                          XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
+                      values);
     const SurfaceId id = surface.id;
     m_windows[surface.window] = id;
     Surface& kept = m_surfaces[id] = std::move(surface);
@@ -436,6 +441,20 @@ PointerInput CX11Desktop::PointerAt(SurfaceId surface, double x, double y, std::
     return input;
 }
 
+template <typename Event>
+PointerInput CX11Desktop::PointerOf(SurfaceId surface, const Event& event)
+{
+    // While a button is held the server sends everything to the window where it went down.
+    for (const auto& [id, other] : m_surfaces) {
+        const PixelRect& frame = other.request.frame;
+        const int x = event.root_x - frame.x, y = event.root_y - frame.y;
+        if (other.request.placement == Placement::Menu && other.asked && x >= 0 && x < frame.width && y >= 0 &&
+            y < frame.height)
+            return PointerAt(id, x, y, event.state, event.time);
+    }
+    return PointerAt(surface, event.event_x, event.event_y, event.state, event.time);
+}
+
 void CX11Desktop::NoteUserTime(const Surface& surface, xcb_timestamp_t time)
 {
     m_lastTime = time;
@@ -447,7 +466,7 @@ void CX11Desktop::TakeButton(const xcb_button_press_event_t& event, bool pressed
     const Surface* const surface = FindWindow(event.event);
     if (!surface || !m_sink)
         return;
-    PointerInput input = PointerAt(surface->id, event.event_x, event.event_y, event.state, event.time);
+    PointerInput input = PointerOf(surface->id, event);
     constexpr xcb_button_t kUp = 4, kDown = 5, kLeft = 6, kRight = 7;
     if (pressed)
         NoteUserTime(*surface, event.time);
@@ -500,7 +519,7 @@ void CX11Desktop::TakeMotion()
     if (!surface || !m_sink)
         return;
     ++m_delivered;
-    m_sink->PointerMoved(PointerAt(surface->id, m_motion.event_x, m_motion.event_y, m_motion.state, m_motion.time));
+    m_sink->PointerMoved(PointerOf(surface->id, m_motion));
 }
 
 void CX11Desktop::TakeCrossing(const xcb_enter_notify_event_t& event, bool entered)

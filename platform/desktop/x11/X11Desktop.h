@@ -97,6 +97,9 @@ private:
     void Die();
     void Rearm();
 
+    /// Answers a pointer event's place, in the menu that is open there if there is one.
+    template <typename Event>
+    PointerInput PointerOf(SurfaceId surface, const Event& event);
     PointerInput PointerAt(SurfaceId surface, double x, double y, std::uint16_t state, xcb_timestamp_t time);
     /// The server's time as one of the event clock.
     double TimeOf(xcb_timestamp_t time);

@@ -108,6 +108,18 @@ ControlPartCode Click(ControlRef reference, ControlPartCode part, UInt32 modifie
     return part;
 }
 
+void ChooseItem(ControlRef reference, SInt32 item, UInt32 modifiers)
+{
+    {
+        const CToolboxLock lock;
+        CControl* const control = Find<CControl>(reference);
+        if (!control || !IsReady(*control))
+            return;
+        control->SetValue(item);
+    }
+    (void)SendHit(reference, kControlMenuPart, modifiers);
+}
+
 bool Step(ControlRef reference, int steps, UInt32 modifiers)
 {
     ControlRef changed = reference;

@@ -18,6 +18,8 @@ bool IsVertical(const CControl& control) noexcept;
 /// @param part  0 for the control's own part.
 /// @return the part; 0 where the control takes no click now.
 ControlPartCode Click(ControlRef control, ControlPartCode part, UInt32 modifiers, Simulated simulated);
+/// Gives a pop-up button the item that was chosen from its menu and sends the hit. Without the lock.
+void ChooseItem(ControlRef control, SInt32 item, UInt32 modifiers);
 /// Moves the value of what has steps (slider, pop-up button, radio buttons) and sends the hit.
 /// Without the lock.
 /// @return false where the control has no steps.

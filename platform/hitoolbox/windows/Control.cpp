@@ -30,6 +30,7 @@ constexpr ControlTraits kTraits[] = {
     {kControlKindPopupButton, kControlMenuPart, true},
     {kControlKindSlider, kControlIndicatorPart, true},
     {kControlKindProgressBar, kControlNoPart, false},
+    {0, kControlNoPart, false},
 };
 
 std::uint64_t KeyOf(const ControlID& id) noexcept

@@ -83,9 +83,9 @@ OSStatus CVPostPointer(WindowRef window, UInt32 action, double x, double y, UInt
         input.y = y * scale;
         input.button = static_cast<PointerButton>(button);
         input.modifiers = modifiers;
-        desktop.Post([input, action](IInputSink& sink) mutable {
+        desktop.Post([input, action, &desktop](IInputSink& sink) mutable {
             input.time = Clock::Now();
-            Deliver(sink, action, input);
+            Deliver(sink, action, desktop.OverMenu(input));
         });
         return noErr;
     });

@@ -13,6 +13,7 @@
 #include "platform/hitoolbox/windows/Behaviour.h"
 #include "platform/hitoolbox/windows/EditText.h"
 #include "platform/hitoolbox/windows/Focus.h"
+#include "platform/hitoolbox/windows/Menu.h"
 #include "platform/hitoolbox/windows/Notify.h"
 #include "platform/hitoolbox/windows/Surfaces.h"
 
@@ -184,6 +185,7 @@ private:
     void Leave(SurfaceId surface);
     void Press(const PointerInput& input);
     void PressInEdit(CControl& control, const PointerInput& input, Place at);
+    bool OpenMenu(ControlRef button);
     void Release(const PointerInput& input);
     void Scroll(const PointerInput& input, double x, double y);
     void PressKey(const KeyInput& input);
@@ -292,6 +294,8 @@ void CInput::Drag(CWindow& window, Place at)
 
 void CInput::Move(const PointerInput& input)
 {
+    if (Menu::TakeMove(input))
+        return;
     Place at = {};
     {
         const CToolboxLock lock;
@@ -318,8 +322,11 @@ void CInput::PressInEdit(CControl& control, const PointerInput& input, Place at)
 
 void CInput::Press(const PointerInput& input)
 {
+    if (Menu::TakePress(input))
+        return;
     Move(input);
     ControlRef paste = nullptr;
+    ControlRef menu = nullptr;
     {
         const CToolboxLock lock;
         CWindow* const window = OpenWindow(input.surface);
@@ -349,14 +356,34 @@ void CInput::Press(const PointerInput& input)
                 PressInEdit(*control, input, at);
             else
                 Drag(*window, at);
+            if (control->controlClass == ControlClass::PopupButton)
+                menu = m_pressed;
         }
     }
+    if (menu && OpenMenu(menu))
+        return;
     if (paste)
         Request(paste, TextExchange::Selection);
 }
 
+// Opens a pop-up button's menu, which takes all further input.
+bool CInput::OpenMenu(ControlRef button)
+{
+    if (!Menu::Open(button))
+        return false; // the click steps through the items instead
+    m_pressed = nullptr;
+    const CToolboxLock lock;
+    if (CControl* const control = Find<CControl>(button)) {
+        control->hilite = kControlNoPart;
+        control->Touch();
+    }
+    return true;
+}
+
 void CInput::Release(const PointerInput& input)
 {
+    if (Menu::TakeRelease(input, ModifiersOf(input.modifiers)))
+        return;
     Move(input);
     if (input.button != PointerButton::Left || !m_pressed)
         return;
@@ -384,6 +411,8 @@ void CInput::Release(const PointerInput& input)
 
 void CInput::Scroll(const PointerInput& input, double x, double y)
 {
+    if (Menu::TakeScroll(y))
+        return;
     ControlRef stepped = nullptr;
     {
         const CToolboxLock lock;
@@ -426,9 +455,12 @@ int StepsOf(std::uint32_t symbol) noexcept
 
 void CInput::PressKey(const KeyInput& input)
 {
+    if (Menu::TakeKey(input, ModifiersOf(input.modifiers)))
+        return;
     ControlRef focus = nullptr;
     ControlRef button = nullptr;
     bool edits = false;
+    bool popsUp = false;
     const unsigned shortcuts = input.modifiers & (kModifierControl | kModifierAlt | kModifierSuper);
     const bool tab = input.symbol == kKeyTab || input.symbol == kKeyBackTab;
     const bool confirms = input.symbol == kKeyReturn || input.symbol == kKeyKeypadEnter;
@@ -445,6 +477,7 @@ void CInput::PressKey(const KeyInput& input)
         if (CControl* const control = window->Focus()) {
             focus = control->Ref();
             edits = control->IsEditText();
+            popsUp = control->controlClass == ControlClass::PopupButton;
         }
         button = confirms ? window->defaultButton : input.symbol == kKeyEscape ? window->cancelButton : nullptr;
     }
@@ -456,6 +489,8 @@ void CInput::PressKey(const KeyInput& input)
         return;
     }
     if (!focus || edits || shortcuts != 0)
+        return;
+    if (input.symbol == ' ' && popsUp && OpenMenu(focus))
         return;
     if (input.symbol == ' ')
         (void)Click(focus, kControlNoPart, ModifiersOf(input.modifiers), Simulated::No);
@@ -491,6 +526,7 @@ void CInput::GainFocus(SurfaceId surface)
 
 void CInput::LoseFocus(SurfaceId surface)
 {
+    Menu::TakeFocusLoss(surface);
     const CToolboxLock lock;
     const CWindow* const window = Surfaces::WindowOf(surface);
     if (window && Windows::Active() == window->Ref())
@@ -533,6 +569,7 @@ void CInput::Resize(SurfaceId surface, int width, int height)
 
 void CInput::Damage(SurfaceId surface)
 {
+    Menu::TakeExposure(surface);
     const CToolboxLock lock;
     if (CWindow* const window = Surfaces::WindowOf(surface)) {
         window->damaged = true;
@@ -542,6 +579,7 @@ void CInput::Damage(SurfaceId surface)
 
 void CInput::DamageAll()
 {
+    Menu::TakeFocusLoss(0); // it would have another size with another font
     const CToolboxLock lock;
     for (CWindow* const window : Windows::Stack()) {
         window->damaged = true;

@@ -72,6 +72,7 @@ private:
     void DrawPopupButton(const ControlView& control);
     void DrawSlider(const ControlView& control);
     void DrawProgressBar(const ControlView& control);
+    void DrawMenuItem(const ControlView& control);
 
     /// Draws a button's face and answers the colour of what stands on it.
     Colour DrawFace(const ControlView& control, const CanvasRect& area, double radius, bool accented);
@@ -133,6 +134,8 @@ void CLook::DrawControl(const ControlView& control)
         return DrawSlider(control);
     case ControlClass::ProgressBar:
         return DrawProgressBar(control);
+    case ControlClass::MenuItem:
+        return DrawMenuItem(control);
     case ControlClass::Root:
     case ControlClass::UserPane:
         return; // nothing but what is in them
@@ -405,6 +408,22 @@ void CLook::DrawPopupButton(const ControlView& control)
         chosen >= 1 && chosen <= control.items.size() ? std::string_view(control.items[chosen - 1]) : control.text;
     DrawTextIn({area.x + kButtonMargin + 2, area.y, area.width - 3 * kButtonMargin - 10, area.height}, control, text,
                Justification::ByScript, colour, false);
+}
+
+void CLook::DrawMenuItem(const ControlView& control)
+{
+    constexpr double kMarkWidth = 22;
+    const CanvasRect area = BoundsOf(control);
+    if (control.pressed)
+        m_canvas.Fill(area, 4, m_palette.accentBottom);
+    const Colour colour = control.pressed ? m_palette.onAccent : m_palette.text;
+    const auto at = [&area](double x, double y) {
+        return CanvasPoint{area.x + x, area.y + area.height / 2 + y};
+    };
+    if (control.value != 0)
+        m_canvas.StrokeLine({at(7, 0), at(9.5, 3), at(14.5, -3.5)}, 1.7, colour);
+    DrawTextIn({area.x + kMarkWidth, area.y, area.width - kMarkWidth - kButtonMargin, area.height}, control,
+               control.text, Justification::ByScript, colour, false);
 }
 
 double CLook::PartOf(const ControlView& control) const

@@ -9,6 +9,7 @@
 #include "platform/base/Guard.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/hitoolbox/events/Loop.h"
+#include "platform/hitoolbox/windows/Menu.h"
 
 namespace {
 
@@ -181,6 +182,11 @@ void SetPainter(IPainter* painter) noexcept
     g_painter.store(painter);
 }
 
+IPainter* CurrentPainter() noexcept
+{
+    return g_painter.load();
+}
+
 void Surfaces::Changed(CWindow& window)
 {
     if (window.pending || window.foreign != 0)
@@ -221,6 +227,7 @@ void Surfaces::Sync()
     }
     Guarded(0, [desktop] {
         SyncAll(*desktop);
+        Menu::Update();
         return 0;
     });
 }

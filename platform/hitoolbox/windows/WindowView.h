@@ -31,7 +31,8 @@ enum class ControlClass : std::uint8_t {
     ImageWell,
     PopupButton,
     Slider,
-    ProgressBar
+    ProgressBar,
+    MenuItem ///< Of an open menu; no control is one.
 };
 
 enum class AlertIcon : std::uint8_t { None, Stop, Note, Caution };
@@ -103,3 +104,5 @@ protected:
 
 /// Sets who shows windows, never destroyed; null, as at the start, shows nothing.
 void SetPainter(IPainter* painter) noexcept;
+/// Answers who shows windows, or null.
+IPainter* CurrentPainter() noexcept;
