@@ -16,8 +16,24 @@ bool IsReady(const CControl& control) noexcept
     return control.IsShown() && control.IsUsable();
 }
 
+bool IsInGroup(const CControl& radio) noexcept
+{
+    return radio.controlClass == ControlClass::RadioButton && radio.parent &&
+           radio.parent->controlClass == ControlClass::RadioGroup;
+}
+
 void Choose(CControl& radio)
 {
+    if (IsInGroup(radio)) {
+        SInt32 number = 0;
+        for (const CRef<CControl>& sibling : radio.parent->children) {
+            number += sibling->controlClass == ControlClass::RadioButton ? 1 : 0;
+            if (sibling.Get() == &radio)
+                break;
+        }
+        radio.parent->SetValue(number);
+        return;
+    }
     radio.SetValue(kControlCheckBoxCheckedValue);
     if (!radio.parent)
         return;
@@ -61,11 +77,24 @@ CControl* Neighbour(CControl& radio, int steps)
     return group[static_cast<std::size_t>(((place + steps) % count + count) % count)];
 }
 
+// Sends the hit of a control; the buttons of a radio group are parts of the group, which is told.
+void SendHitOf(ControlRef reference, ControlPartCode part, UInt32 modifiers)
+{
+    {
+        const CToolboxLock lock;
+        const CControl* const control = Find<CControl>(reference);
+        if (control && IsInGroup(*control))
+            reference = control->parent->Ref();
+    }
+    (void)SendHit(reference, part, modifiers); // what the handlers made of it is theirs
+}
+
 } // namespace
 
 bool TakesClicks(const CControl& control) noexcept
 {
-    return TraitsOf(control.controlClass).part != kControlNoPart || control.command != 0;
+    return TraitsOf(control.controlClass).part != kControlNoPart ||
+           (control.command != 0 && control.controlClass != ControlClass::RadioGroup);
 }
 
 bool IsVertical(const CControl& control) noexcept
@@ -104,7 +133,7 @@ ControlPartCode Click(ControlRef reference, ControlPartCode part, UInt32 modifie
         if (CControl* const found = Find<CControl>(reference))
             ChangeByClick(*found);
     }
-    (void)SendHit(reference, part, modifiers); // what the handlers made of it is theirs
+    SendHitOf(reference, part, modifiers);
     return part;
 }
 
@@ -159,6 +188,6 @@ bool Step(ControlRef reference, int steps, UInt32 modifiers)
         const CControl* const control = Find<CControl>(changed);
         part = control ? TraitsOf(control->controlClass).part : part;
     }
-    (void)SendHit(changed, part, modifiers);
+    SendHitOf(changed, part, modifiers);
     return true;
 }

@@ -30,6 +30,7 @@ constexpr ControlTraits kTraits[] = {
     {kControlKindPopupButton, kControlMenuPart, true},
     {kControlKindSlider, kControlIndicatorPart, true},
     {kControlKindProgressBar, kControlNoPart, false},
+    {kControlKindRadioGroup, kControlNoPart, false},
     {0, kControlNoPart, false},
 };
 
@@ -91,6 +92,13 @@ bool CControl::IsIn(const CControl& other) const noexcept
 void CControl::SetValue(SInt32 newValue) noexcept
 {
     value = newValue < minimum ? minimum : newValue > maximum ? maximum : newValue;
+    if (controlClass == ControlClass::RadioGroup) {
+        SInt32 number = 0;
+        for (const CRef<CControl>& child : children) {
+            if (child->controlClass == ControlClass::RadioButton)
+                child->value = ++number == value ? kControlCheckBoxCheckedValue : kControlCheckBoxUncheckedValue;
+        }
+    }
     Touch();
 }
 

@@ -138,6 +138,7 @@ void CLook::DrawControl(const ControlView& control)
         return DrawMenuItem(control);
     case ControlClass::Root:
     case ControlClass::UserPane:
+    case ControlClass::RadioGroup:
         return; // nothing but what is in them
     }
 }

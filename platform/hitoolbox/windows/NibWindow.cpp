@@ -75,6 +75,7 @@ constexpr struct {
     {NibClass::PopupButton, ControlClass::PopupButton},
     {NibClass::Slider, ControlClass::Slider},
     {NibClass::ProgressBar, ControlClass::ProgressBar},
+    {NibClass::RadioGroup, ControlClass::RadioGroup},
 };
 
 ControlClass ClassOf(const NibControl& nib) noexcept
@@ -185,6 +186,28 @@ void FillValue(CControl& control, const NibControl& nib)
     control.SetValue(nib.value);
 }
 
+// The buttons of a radio group are no objects of the nib; they fill its bounds, column after column.
+void AddRadioButtons(CControl& group, const NibControl& nib)
+{
+    const int width = (group.bounds.right - group.bounds.left) / nib.columns;
+    const int step = (group.bounds.bottom - group.bounds.top + nib.intercellHeight) / nib.rows;
+    for (std::size_t number = 0; number < nib.radioTitles.size(); ++number) {
+        const int column = static_cast<int>(number) / nib.rows;
+        const int row = static_cast<int>(number) % nib.rows;
+        const int left = group.bounds.left + column * width;
+        const int top = group.bounds.top + row * step;
+        const Rect bounds = {static_cast<short>(top), static_cast<short>(left),
+                             static_cast<short>(top + std::max(step - nib.intercellHeight, 1)),
+                             static_cast<short>(left + width)};
+        const CRef<CControl> button = NewControl(ControlClass::RadioButton, bounds);
+        button->title = __CFString::Create(nib.radioTitles[number]);
+        button->font = group.font;
+        button->autoToggle = true;
+        Attach(*button, group);
+    }
+    group.SetValue(nib.value);
+}
+
 // The controls still to be built, so that a deep nib needs no deep stack.
 struct Unbuilt {
     const NibControl* nib;
@@ -213,6 +236,8 @@ CControl& Build(const NibControl& nib, CControl& parent)
     FillText(*control, nib);
     FillValue(*control, nib);
     Attach(*control, parent);
+    if (control->controlClass == ControlClass::RadioGroup)
+        AddRadioButtons(*control, nib);
     return *control;
 }
 

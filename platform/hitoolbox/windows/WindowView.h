@@ -32,6 +32,7 @@ enum class ControlClass : std::uint8_t {
     PopupButton,
     Slider,
     ProgressBar,
+    RadioGroup,
     MenuItem ///< Of an open menu; no control is one.
 };
 

@@ -82,6 +82,7 @@ enum {
     kControlKindPushButton = 'push',
     kControlKindCheckBox = 'cbox',
     kControlKindRadioButton = 'rdio',
+    kControlKindRadioGroup = 'rgrp', ///< Its value is the number of the button chosen, from 1; 0 for none.
     kControlKindStaticText = 'stxt',
     kControlKindEditText = 'etxt',
     kControlKindEditUnicodeText = 'eutx',

@@ -1,7 +1,8 @@
-// tests/hitoolbox/MenuTest.cpp
+// tests/hitoolbox/ChoiceTest.cpp
 //
-// The menu of a pop-up button, used by mouse and keys as people do. It lies over the check box
-// below the button, which shows whether it is open: a click there is the menu's or the box's.
+// Controls that choose one of several things, used by mouse and keys as people do: the menu of a
+// pop-up button, and radio groups. The menu lies over the check box below its button, which shows
+// whether it is open: a click there is the menu's or the box's.
 #include <gtest/gtest.h>
 
 #include "tests/support/Toolbox.h"
@@ -11,9 +12,9 @@ namespace {
 constexpr UInt32 kUpKey = 0xFF52;
 constexpr UInt32 kDownKey = 0xFF54;
 
-class Menu : public testing::Test {
+class Choice : public testing::Test {
 protected:
-    Menu() : m_bundle("windows")
+    Choice() : m_bundle("windows")
     {
         UseHeadlessDesktop();
         m_window = BuildWindow(m_bundle.Get(), "Popup", "Popup");
@@ -27,7 +28,7 @@ protected:
         };
         (void)InstallWindowEventHandler(m_window, count, 1, &kType, &m_picked, nullptr);
     }
-    ~Menu() override { DisposeWindow(m_window); }
+    ~Choice() override { DisposeWindow(m_window); }
 
     ControlRef Control(OSType signature) const
     {
@@ -50,6 +51,24 @@ protected:
     const CDataBundle m_bundle;
     WindowRef m_window = nullptr;
     int m_picked = 0;
+};
+
+class Menu : public Choice {};
+
+class RadioGroup : public Choice {
+protected:
+    // The titles of the buttons that are on.
+    std::string Chosen() const
+    {
+        std::string titles;
+        for (ControlRef button = HIViewGetFirstSubview(Control('GROU')); button; button = HIViewGetNextView(button)) {
+            CFStringRef title = nullptr;
+            (void)CopyControlTitleAsCFString(button, &title);
+            titles += GetControl32BitValue(button) != 0 ? TextOf(title) : "";
+            CFRelease(title);
+        }
+        return titles;
+    }
 };
 
 TEST_F(Menu, StaysOpenAfterAClickAndTakesTheNextOne)
@@ -132,6 +151,30 @@ TEST_F(Menu, OpensForNoDisabledButton)
     ClickOn(Control('POPU'));
     EXPECT_FALSE(IsOpen());
     EXPECT_EQ(Value(), 1);
+}
+
+TEST_F(RadioGroup, TellsTheButtonChosenAsItsValue)
+{
+    EXPECT_EQ(Chosen(), "b1");
+    EXPECT_EQ(Value('GROU'), 3); // row 1 of column 2
+    ClickAt(m_window, 30, 150);  // row 2 of column 1
+    EXPECT_EQ(Chosen(), "a2");
+    EXPECT_EQ(Value('GROU'), 2);
+    EXPECT_EQ(m_picked, 1); // the group's own command, once
+    ClickAt(m_window, 30, 150);
+    EXPECT_EQ(Chosen(), "a2");
+}
+
+TEST_F(RadioGroup, ShowsTheValueThatItIsGiven)
+{
+    SetControl32BitValue(Control('GROU'), 4);
+    EXPECT_EQ(Chosen(), "b2");
+    SetControl32BitValue(Control('GROU'), 99);
+    EXPECT_EQ(Value('GROU'), 4);
+    EXPECT_EQ(m_picked, 0);
+    DisableControl(Control('GROU'));
+    ClickAt(m_window, 30, 130);
+    EXPECT_EQ(Chosen(), "b2");
 }
 
 } // namespace
