@@ -55,9 +55,10 @@ WindowRef BuildWindow(CFBundleRef bundle, const char* nib, const char* window)
     return built;
 }
 
-CDialog::CDialog()
+CDialog::CDialog(Stand stand)
 {
-    UseHeadlessDesktop();
+    if (stand == Stand::InMemory)
+        UseHeadlessDesktop();
     static const CDataBundle& bundle = *new CDataBundle("windows");
     m_window = BuildWindow(bundle.Get(), "Dialog", "Dialog");
     ShowWindow(m_window);

@@ -36,10 +36,13 @@ private:
 /// Builds a window from a nib of the bundle; throws on failure.
 WindowRef BuildWindow(CFBundleRef bundle, const char* nib, const char* window);
 
-/// The window of tests/data/windows/Dialog.nib, shown, active and pumped.
+/// Where a test's windows stand.
+enum class Stand { InMemory, OnScreen };
+
+/// The window of tests/data/windows/Dialog.nib, shown, selected and pumped.
 class CDialog {
 public:
-    CDialog();
+    explicit CDialog(Stand stand = Stand::InMemory);
     ~CDialog();
     CDialog(const CDialog&) = delete;
     CDialog& operator=(const CDialog&) = delete;

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 
+#include "tests/support/Support.h"
 #include "tests/system/HostScreen.h"
 
 namespace {
@@ -47,7 +48,7 @@ protected:
 
     void OpenHost()
     {
-        m_host.emplace(std::vector<std::string>{GetParam(), kPlugin}, m_folder / "host.log");
+        m_host.emplace(std::vector<std::string>{GetParam(), kPlugin});
         ASSERT_TRUE(WaitFor([this] { return FindPanel(); })) << m_host->Log();
     }
     // The innermost window of that name is the plug-in's own: a host that refused the interface shows
