@@ -11,7 +11,7 @@
 CScreen& TheScreen();
 
 /// Serves our windows until `condition` holds, at most `seconds`.
-bool ServeUntil(const std::function<bool()>& condition, double seconds = 60.0);
+bool ServeUntil(const std::function<bool()>& condition, double seconds = 30.0);
 
 /// Serves our windows until one is shown and the window manager has placed it; finds it by its title.
 /// Throws when it does not appear.

@@ -55,11 +55,23 @@ CScreen::CScreen(const ScreenOptions& options) : m_width(options.width), m_heigh
     if (xcb_connection_has_error(m_connection))
         throw std::runtime_error("no connection to " + m_display + ": " + m_server->Log());
     m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+    m_leader = xcb_generate_id(m_connection);
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_leader, m_root, -1, -1, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
     if (!options.manager)
         return;
     m_manager.emplace(std::vector<std::string>{"openbox", "--sm-disable"});
-    if (!WaitFor([this] { return PropertyOf(m_root, "_NET_SUPPORTING_WM_CHECK") != 0; }))
+    if (!WaitFor([this] { return ManagerServes(); }))
         throw std::runtime_error("the window manager did not start: " + m_manager->Log());
+}
+
+// A manager that has announced itself may still overlook what is shown; one that answers does not.
+bool CScreen::ManagerServes() const
+{
+    if (PropertyOf(m_root, "_NET_SUPPORTING_WM_CHECK") == 0)
+        return false;
+    SendToRoot(m_leader, "_NET_REQUEST_FRAME_EXTENTS", 0);
+    return HasProperty(m_leader, "_NET_FRAME_EXTENTS");
 }
 
 CScreen::~CScreen()
@@ -180,6 +192,20 @@ std::vector<std::string> CScreen::AtomsOf(xcb_window_t window, const std::string
         names.emplace_back(reply ? std::string(xcb_get_atom_name_name(reply.get()), reply->name_len) : std::string());
     }
     return names;
+}
+
+bool CScreen::HasProperty(xcb_window_t window, const std::string& property) const
+{
+    const auto asked = xcb_get_property(m_connection, 0, window, Atom(property), XCB_GET_PROPERTY_TYPE_ANY, 0, 0);
+    const Owned<xcb_get_property_reply_t> reply(xcb_get_property_reply(m_connection, asked, nullptr));
+    return reply && reply->type != XCB_NONE;
+}
+
+xcb_window_t CScreen::OwnerOf(const std::string& selection) const
+{
+    const Owned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
+        m_connection, xcb_get_selection_owner(m_connection, Atom(selection)), nullptr));
+    return reply ? reply->owner : 0;
 }
 
 bool CScreen::HasState(xcb_window_t window, const char* state) const
@@ -313,12 +339,18 @@ void CScreen::MoveWindow(xcb_window_t window, int x, int y) const
 
 void CScreen::Close(xcb_window_t window) const
 {
+    constexpr std::uint32_t kPager = 2; // who asks
+    SendToRoot(window, "_NET_CLOSE_WINDOW", kPager);
+}
+
+void CScreen::SendToRoot(xcb_window_t window, const std::string& type, std::uint32_t source) const
+{
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window;
-    message.type = Atom("_NET_CLOSE_WINDOW");
-    message.data.data32[1] = 2; // from a pager
+    message.type = Atom(type);
+    message.data.data32[1] = source;
     xcb_send_event(m_connection, 0, m_root, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&message));
     xcb_flush(m_connection);

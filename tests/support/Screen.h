@@ -68,6 +68,9 @@ public:
     std::uint32_t PropertyOf(xcb_window_t window, const std::string& property) const;
     /// Answers the names of the atoms that a property holds.
     std::vector<std::string> AtomsOf(xcb_window_t window, const std::string& property) const;
+    bool HasProperty(xcb_window_t window, const std::string& property) const;
+    /// Answers which window owns a selection; 0 for none.
+    xcb_window_t OwnerOf(const std::string& selection) const;
     /// Answers whether the window manager holds a window in a state.
     bool HasState(xcb_window_t window, const char* state) const;
     /// Sets a property; the bytes are counted in units of `format` bits.
@@ -104,6 +107,8 @@ public:
     void Save(const std::string& path) const;
 
 private:
+    bool ManagerServes() const;
+    void SendToRoot(xcb_window_t window, const std::string& type, std::uint32_t source) const;
     void Visit(xcb_window_t window, const std::string& title, std::vector<ScreenWindow>& found) const;
     xcb_keycode_t CodeOf(std::uint32_t symbol, bool& shifted) const;
     void SendKey(xcb_keycode_t code, bool down) const;
@@ -112,5 +117,6 @@ private:
     std::optional<CProgram> m_server, m_manager;
     xcb_connection_t* m_connection = nullptr;
     xcb_window_t m_root = 0;
+    xcb_window_t m_leader = 0; ///< Never shown.
     int m_width, m_height;
 };
