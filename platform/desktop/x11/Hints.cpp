@@ -123,7 +123,7 @@ void CX11Desktop::SetOwner(SurfaceId id, SurfaceId owner, ForeignWindowId foreig
     else
         xcb_delete_property(m_connection->Get(), surface->window, XCB_ATOM_WM_TRANSIENT_FOR);
     if (!surface->asked)
-        return;
+        return Place(*surface);
     // Of a window that it shows a manager keeps the states itself.
     constexpr std::uint32_t kRemove = 0, kAdd = 1, kFromProgram = 1;
     m_connection->SendToRoot(surface->window, Atom::NetWmState,
@@ -168,6 +168,8 @@ void CX11Desktop::Place(Surface& surface)
     PixelRect& frame = surface.request.frame;
     xcb_connection_t* const display = m_connection->Get();
     const xcb_screen_t& screen = m_connection->Screen();
+    frame.width = surface.width;
+    frame.height = surface.height;
     PixelRect around = {0, 0, screen.width_in_pixels, screen.height_in_pixels};
     if (surface.transientFor != 0) {
         const auto askedSize = xcb_get_geometry(display, surface.transientFor);

@@ -247,7 +247,8 @@ bool CSelections::Convert(const Exchange& exchange, xcb_window_t window, xcb_ato
         m_connection.SetText(window, property, type, text);
         return true;
     }
-    constexpr std::uint32_t kEvents[] = {XCB_EVENT_MASK_PROPERTY_CHANGE};
+    // Its end may be watched already, where it is a parent of ours.
+    constexpr std::uint32_t kEvents[] = {XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY};
     xcb_change_window_attributes(m_connection.Get(), window, XCB_CW_EVENT_MASK, kEvents);
     m_connection.SetWords(window, property, names[Atom::Incr], {static_cast<std::uint32_t>(text.size())});
     m_transfers.push_back({window, property, type, std::move(text), 0, Clock::Now() + kPatience});
@@ -263,9 +264,9 @@ void CSelections::SendPart(std::list<Transfer>::iterator transfer)
     transfer->deadline = Clock::Now() + kPatience;
     if (!rest.empty())
         return;
-    constexpr std::uint32_t kNone[] = {0};
+    constexpr std::uint32_t kEvents[] = {XCB_EVENT_MASK_STRUCTURE_NOTIFY};
     if (transfer->window != m_connection.Leader())
-        xcb_change_window_attributes(m_connection.Get(), transfer->window, XCB_CW_EVENT_MASK, kNone);
+        xcb_change_window_attributes(m_connection.Get(), transfer->window, XCB_CW_EVENT_MASK, kEvents);
     m_transfers.erase(transfer);
 }
 

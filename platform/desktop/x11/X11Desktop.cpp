@@ -108,7 +108,6 @@ SurfaceId CX11Desktop::CreateSurface(const SurfaceRequest& request)
     SetIdentity(kept);
     SetTitle(id, request.title);
     SetOwner(id, request.owner, request.foreignOwner, request.modal);
-    Place(kept);
     return id;
 }
 
@@ -131,8 +130,15 @@ void CX11Desktop::ShowSurface(SurfaceId id)
     if (!surface || surface->asked)
         return;
     surface->asked = true;
-    SetStates(*surface);
-    xcb_map_window(m_connection->Get(), surface->window);
+    if (!surface->mapping && !surface->withdrawing) // else it comes by itself
+        Map(*surface);
+}
+
+void CX11Desktop::Map(Surface& surface)
+{
+    surface.mapping = true;
+    SetStates(surface);
+    xcb_map_window(m_connection->Get(), surface.window);
     m_connection->Flush(); // the host may not come round for a while
 }
 
@@ -143,15 +149,39 @@ void CX11Desktop::HideSurface(SurfaceId id)
     if (!surface || !surface->asked)
         return;
     surface->asked = surface->selectWhenMapped = false;
-    xcb_unmap_window(m_connection->Get(), surface->window);
-    xcb_unmap_notify_event_t withdrawn = {}; // @source ICCCM 4.1.4
+    if (!surface->mapping && !surface->withdrawing) // a manager may miss what goes while it comes
+        Withdraw(*surface);
+}
+
+void CX11Desktop::Withdraw(Surface& surface)
+{
+    // @source ICCCM 4.1.4: shown again only when the manager has let go of it, which it notes.
+    surface.withdrawing = m_hasManager;
+    SelectEvents(surface, kSurfaceEvents | XCB_EVENT_MASK_PROPERTY_CHANGE);
+    xcb_unmap_window(m_connection->Get(), surface.window);
+    xcb_unmap_notify_event_t withdrawn = {};
     withdrawn.response_type = XCB_UNMAP_NOTIFY;
     withdrawn.event = m_connection->Screen().root;
-    withdrawn.window = surface->window;
+    withdrawn.window = surface.window;
     xcb_send_event(m_connection->Get(), 0, withdrawn.event,
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char*>(&withdrawn));
     m_connection->Flush();
+}
+
+void CX11Desktop::EndWithdrawal(Surface& surface)
+{
+    if (!std::exchange(surface.withdrawing, false))
+        return;
+    SelectEvents(surface, kSurfaceEvents);
+    if (surface.asked)
+        Map(surface);
+}
+
+void CX11Desktop::SelectEvents(const Surface& surface, std::uint32_t events)
+{
+    const std::uint32_t values[] = {events};
+    xcb_change_window_attributes(m_connection->Get(), surface.window, XCB_CW_EVENT_MASK, values);
 }
 
 void CX11Desktop::SelectSurface(SurfaceId id)
@@ -160,8 +190,8 @@ void CX11Desktop::SelectSurface(SurfaceId id)
     Surface* const surface = Find(id);
     if (!surface)
         return;
-    surface->selectWhenMapped = !surface->mapped; // a manager does not know it before
-    if (!surface->mapped)
+    surface->selectWhenMapped = !surface->mapped || surface->withdrawing; // a manager does not know it before
+    if (surface->selectWhenMapped)
         return;
     m_toActivate = id;
     AskTime();
@@ -262,7 +292,11 @@ bool CX11Desktop::Present(SurfaceId id, const PixelBuffer& picture, const PixelR
         xcb_change_window_attributes(display, surface->window, XCB_CW_BACK_PIXMAP, value);
         xcb_free_pixmap(display, background);
         surface->pictured = true;
-        return true; // sent when the window is shown
+        if (surface->asked) { // it may have appeared already, with the background of before
+            xcb_clear_area(display, 0, surface->window, 0, 0, 0, 0);
+            m_connection->Flush();
+        }
+        return true; // else sent when the window is shown
     }
     if (surface->pictured) {
         constexpr std::uint32_t kNone[] = {XCB_BACK_PIXMAP_NONE};
@@ -291,9 +325,6 @@ void CX11Desktop::RequestText(TextExchange where, std::uint32_t request)
     m_selections.Request(where, request, m_lastTime);
     if (!IsAlive())
         m_selections.Abandon();
-    m_connection->Flush();
-    if (m_selections.HasTexts())
-        Wake();
     Rearm();
 }
 
@@ -307,6 +338,7 @@ int CX11Desktop::PumpInput(double seconds)
 
 void CX11Desktop::SetDeadline(double seconds)
 {
+    const CQuietPipe quiet;
     m_deadline = seconds < 0 ? -1 : Clock::Now() + seconds;
     Rearm();
 }
@@ -314,6 +346,9 @@ void CX11Desktop::SetDeadline(double seconds)
 void CX11Desktop::Rearm()
 {
     const double expiry = m_selections.Expire(Clock::Now());
+    if (m_selections.HasTexts())
+        Wake(); // to deliver them: whoever rearms may be no place for that
+    m_connection->Flush();
     const bool soonest = expiry >= 0 && (m_deadline < 0 || expiry < m_deadline);
     m_loop.SetTimer(soonest ? expiry : m_deadline);
 }
@@ -344,7 +379,6 @@ void CX11Desktop::Serve()
     TakeMotion();
     Deliver();
     Rearm();
-    m_connection->Flush();
     if (m_connection->IsDead())
         Die();
 }
@@ -580,7 +614,10 @@ void CX11Desktop::TakeMap(const xcb_map_notify_event_t& event)
     if (!surface)
         return;
     surface->mapped = true;
-    if (std::exchange(surface->selectWhenMapped, false))
+    surface->mapping = false;
+    if (!surface->asked)
+        Withdraw(*surface);
+    else if (std::exchange(surface->selectWhenMapped, false))
         SelectSurface(surface->id);
 }
 
@@ -642,9 +679,30 @@ void CX11Desktop::TakeProperty(const xcb_property_notify_event_t& event)
             m_resources = CConnection::BytesOf(static_cast<const xcb_get_property_reply_t*>(reply));
             Apply();
         });
+    } else if (event.atom == names[Atom::WmState]) {
+        TakeState(event);
     } else if (event.window == names.Screen().root && event.atom == names[Atom::NetSupportingWmCheck]) {
         m_hasManager = event.state == XCB_PROPERTY_NEW_VALUE;
     }
+}
+
+void CX11Desktop::TakeState(const xcb_property_notify_event_t& event)
+{
+    Surface* const surface = FindWindow(event.window);
+    if (!surface || !surface->withdrawing)
+        return;
+    if (event.state == XCB_PROPERTY_DELETE)
+        return EndWithdrawal(*surface);
+    const auto cookie = m_connection->AskProperty(event.window, event.atom);
+    m_connection->Await(cookie.sequence, [this, window = event.window](void* reply) {
+        const std::string state = CConnection::BytesOf(static_cast<const xcb_get_property_reply_t*>(reply));
+        std::uint32_t word = 0; // withdrawn, also where it is gone by now
+        std::memcpy(&word, state.data(), std::min(state.size(), sizeof word));
+        Surface* const withdrawn = FindWindow(window);
+        if (withdrawn && word == 0)
+            EndWithdrawal(*withdrawn);
+    });
+    m_connection->Flush();
 }
 
 extern "C" __attribute__((visibility("default"))) IDesktop* cv_OpenDesktop() noexcept

@@ -47,9 +47,11 @@ private:
         SurfaceRequest request;
         xcb_window_t transientFor = 0;
         int width = 0, height = 0;
-        bool asked = false;    ///< To be shown.
-        bool mapped = false;   ///< Is on the screen, as the server says.
-        bool pictured = false; ///< Its picture of before it was mapped is its background.
+        bool asked = false;       ///< To be shown.
+        bool mapping = false;     ///< On its way to the screen.
+        bool mapped = false;      ///< Is on the screen, as the server says.
+        bool withdrawing = false; ///< Hidden, and the manager has not let go of it yet.
+        bool pictured = false;    ///< Its picture of before it was mapped is its background.
         bool selectWhenMapped = false;
         CursorShape cursor = CursorShape::Arrow;
         PixelRect exposed = {}; ///< Gathered until the last of a series.
@@ -77,6 +79,11 @@ private:
     void TakePreference(CPortal::Preference preference);
     void Apply();
 
+    void Map(Surface& surface);
+    void Withdraw(Surface& surface);
+    void EndWithdrawal(Surface& surface);
+    void SelectEvents(const Surface& surface, std::uint32_t events);
+
     void Serve();
     void ServeTimers();
     void TakeEvent(const xcb_generic_event_t& event);
@@ -92,6 +99,7 @@ private:
     void TakeDestroy(const xcb_destroy_notify_event_t& event);
     void TakeMessage(const xcb_client_message_event_t& event);
     void TakeProperty(const xcb_property_notify_event_t& event);
+    void TakeState(const xcb_property_notify_event_t& event);
     void NoteUserTime(const Surface& surface, xcb_timestamp_t time);
     void Deliver();
     void Die();
