@@ -184,9 +184,11 @@ void CConnection::Await(unsigned sequence, Done done)
     m_answers.push_back({sequence, std::move(done)});
 }
 
-void CConnection::TakeAnswers()
+void CConnection::TakeAnswers(const xcb_generic_event_t* next)
 {
     while (!m_answers.empty()) { // in the order of asking, which is that of answering
+        if (next && static_cast<std::int32_t>(next->full_sequence - m_answers.front().sequence) < 0)
+            return;
         void* reply = nullptr;
         xcb_generic_error_t* error = nullptr;
         if (xcb_poll_for_reply(m_connection, m_answers.front().sequence, &reply, &error) == 0)

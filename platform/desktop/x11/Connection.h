@@ -102,8 +102,9 @@ public:
     /// Has `done` called with the answer to a request, or with null for an error, once it is there.
     using Done = std::function<void(void* reply)>;
     void Await(unsigned sequence, Done done);
-    /// Calls back for the answers that have come.
-    void TakeAnswers();
+    /// Calls back for the answers that came before an event that was read with them; for null, for all
+    /// that have come.
+    void TakeAnswers(const xcb_generic_event_t* next);
 
     /// Asks for a whole property, without its end where it is longer than `longest` bytes.
     xcb_get_property_cookie_t AskProperty(xcb_window_t window, xcb_atom_t property, bool remove = false,

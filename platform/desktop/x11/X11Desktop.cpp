@@ -361,10 +361,9 @@ void CX11Desktop::Serve()
         m_sink->Woken();
     }
     ServeTimers();
-    // Answers are looked for before each event, for they came before it.
     while (!m_dead) {
-        m_connection->TakeAnswers();
         const CReply<xcb_generic_event_t> event(xcb_poll_for_event(m_connection->Get()));
+        m_connection->TakeAnswers(event.get());
         if (!event)
             break;
         const bool motion = (event->response_type & 0x7F) == XCB_MOTION_NOTIFY;
