@@ -151,6 +151,9 @@ public:
     /// the desktop. Called once, before anything else; `sink` outlives the desktop.
     virtual void SetSink(IInputSink& sink) = 0;
 
+    /// Answers whether it can still show anything: a display may go, and does not come back.
+    virtual bool IsAlive() const = 0;
+
     /// Creates a hidden surface.
     /// @return the surface, the caller's to destroy; 0 if refused, with nothing left behind.
     virtual SurfaceId CreateSurface(const SurfaceRequest& request) = 0;

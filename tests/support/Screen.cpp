@@ -47,6 +47,26 @@ std::string StartServer(const ScreenOptions& options, std::optional<CProgram>& s
 
 } // namespace
 
+ScreenImage ReadPicture(const std::string& path)
+{
+    ScreenImage image;
+    cairo_surface_t* const surface = cairo_image_surface_create_from_png(path.c_str());
+    if (cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS) {
+        image.width = cairo_image_surface_get_width(surface);
+        image.height = cairo_image_surface_get_height(surface);
+        const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(surface));
+        const auto row = static_cast<std::size_t>(image.width);
+        image.pixels.resize(row * static_cast<std::size_t>(image.height));
+        for (std::size_t y = 0; y < static_cast<std::size_t>(image.height); ++y)
+            std::memcpy(image.pixels.data() + y * row, cairo_image_surface_get_data(surface) + y * stride,
+                        row * sizeof image.pixels[0]);
+        for (std::uint32_t& pixel : image.pixels)
+            pixel &= 0xFFFFFFU;
+    }
+    cairo_surface_destroy(surface);
+    return image;
+}
+
 CScreen::CScreen(const ScreenOptions& options) : m_width(options.width), m_height(options.height)
 {
     m_display = StartServer(options, m_server);

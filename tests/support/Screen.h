@@ -27,6 +27,9 @@ struct ScreenImage {
     std::uint32_t At(int x, int y) const { return pixels.at(static_cast<std::size_t>(y * width + x)); }
 };
 
+/// Reads a PNG file; nothing for what is none.
+ScreenImage ReadPicture(const std::string& path);
+
 struct ScreenOptions {
     int width = 1024, height = 768;
     bool manager = true;             ///< Whether a window manager runs on it.

@@ -16,6 +16,7 @@
 class CHeadlessDesktop final : public IDesktop {
 public:
     void SetSink(IInputSink& sink) override;
+    bool IsAlive() const override { return true; }
     SurfaceId CreateSurface(const SurfaceRequest& request) override;
     void DestroySurface(SurfaceId surface) override;
     void ShowSurface(SurfaceId surface) override;

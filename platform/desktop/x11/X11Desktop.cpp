@@ -78,7 +78,7 @@ SurfaceId CX11Desktop::CreateSurface(const SurfaceRequest& request)
 {
     const CQuietPipe quiet;
     const PixelRect& frame = request.frame;
-    if (!IsAlive() || m_connection->IsDead() || frame.width < 1 || frame.height < 1 || frame.width > kLargestSide ||
+    if (!IsAlive() || frame.width < 1 || frame.height < 1 || frame.width > kLargestSide ||
         frame.height > kLargestSide)
         return 0;
     Surface surface;

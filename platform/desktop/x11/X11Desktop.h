@@ -4,6 +4,7 @@
 // want to know of a window stands in Hints.cpp, what the user prefers in Preferences.cpp.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -21,6 +22,7 @@ public:
     explicit CX11Desktop(std::unique_ptr<CConnection> connection);
 
     void SetSink(IInputSink& sink) override { m_sink = &sink; }
+    bool IsAlive() const override { return !m_dead && !m_connection->IsDead(); }
     SurfaceId CreateSurface(const SurfaceRequest& request) override;
     void DestroySurface(SurfaceId surface) override;
     void ShowSurface(SurfaceId surface) override;
@@ -59,7 +61,6 @@ private:
 
     Surface* Find(SurfaceId surface);
     Surface* FindWindow(xcb_window_t window);
-    bool IsAlive() const { return !m_dead; }
 
     // Hints.cpp
     void SetIdentity(const Surface& surface);
@@ -123,7 +124,7 @@ private:
     std::unordered_map<xcb_window_t, SurfaceId> m_windows;
     SurfaceId m_lastId = 0;
     xcb_cursor_t m_cursors[3] = {};
-    bool m_dead = false;
+    std::atomic<bool> m_dead{false};
     bool m_announced = false; ///< The sink knows that the display is gone.
     int m_delivered = 0;      ///< Inputs so far; wraps.
     double m_deadline = -1;

@@ -67,6 +67,8 @@ CFStringRef CVCopyDesktopProblem(void)
     return Guarded<CFStringRef>(nullptr, []() -> CFStringRef {
         if (Windows::EnsureDesktop())
             return nullptr;
+        if (Desktop::Current())
+            return __CFString::Create("the display is gone").Detach();
         const std::string problem = Module::Problem();
         return __CFString::Create(problem.empty() ? std::string_view("no display that can be used") : problem).Detach();
     });

@@ -205,8 +205,8 @@ WindowRef Windows::Active() noexcept
 bool Windows::EnsureDesktop()
 {
     Loop::ClaimIfFree();
-    if (Desktop::Current())
-        return true;
+    if (const IDesktop* const open = Desktop::Current())
+        return open->IsAlive();
     if (!Loop::IsCurrent())
         return false;
     Loop::SetAfterWork(Surfaces::SyncAndPaint);
