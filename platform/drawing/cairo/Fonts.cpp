@@ -74,13 +74,21 @@ PangoAlignment AlignmentOf(Justification justification, PangoDirection direction
     return PANGO_ALIGN_LEFT;
 }
 
+/// The names that stand for whatever font there is are listed without any, too.
 bool HasFonts(PangoFontMap* map)
 {
+    constexpr std::string_view kStandIns[] = {"sans", "serif", "monospace", "cursive", "fantasy", "system-ui"};
     PangoFontFamily** families = nullptr;
     int count = 0;
     pango_font_map_list_families(map, &families, &count);
+    const bool has = std::any_of(families, families + count, [&](PangoFontFamily* family) {
+        const char* const name = pango_font_family_get_name(family);
+        return std::none_of(std::begin(kStandIns), std::end(kStandIns), [name](std::string_view standIn) {
+            return g_ascii_strcasecmp(name, standIn.data()) == 0;
+        });
+    });
     g_free(families);
-    return count > 0;
+    return has;
 }
 
 } // namespace
@@ -96,7 +104,7 @@ CFonts::CFonts(double scale, const std::string& family, double points)
     cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_ON);
     pango_cairo_context_set_font_options(m_context.get(), options);
     cairo_font_options_destroy(options);
-    if (HasFonts(m_map.get())) // without any font Pango ends the process at the first layout
+    if (HasFonts(m_map.get())) // without any font Pango ends the process or draws anything anywhere
         m_layout.reset(pango_layout_new(m_context.get()));
     SetFont(family, points);
 }

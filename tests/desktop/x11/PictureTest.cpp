@@ -48,6 +48,10 @@ void ExpectShows(const CScreen& screen, WindowRef window, double scale, bool dar
             return differing == 0;
         },
         10.0);
+    if (!alike) {
+        screen.Save("/tmp/seen.png");
+        (void)CVSaveWindowPicture(window, "/tmp/drawn.png", scale, dark);
+    }
     EXPECT_TRUE(alike) << differing << " pixels differ; " << seen.width << "x" << seen.height << " on the screen, "
                        << drawn.width << "x" << drawn.height << " in the picture";
 }
@@ -185,9 +189,10 @@ TEST(Picture, FollowsTheDesktopsPortal)
 {
     const CTemporaryFolder folder;
     const std::string address = "unix:path=" + (folder / "bus");
-    WriteFile(folder / "bus.conf", "<busconfig><type>session</type><listen>" + address +
-                                       "</listen><auth>EXTERNAL</auth><policy context='default'>"
-                                       "<allow send_destination='*'/><allow own='*'/></policy></busconfig>");
+    WriteFile(folder / "bus.conf",
+              "<busconfig><type>session</type><listen>" + address +
+                  "</listen><auth>EXTERNAL</auth><policy context='default'>"
+                  "<allow send_destination='*'/><allow own='*'/><allow eavesdrop='true'/></policy></busconfig>");
     const CEnvironment bus("DBUS_SESSION_BUS_ADDRESS", address.c_str());
     CProgram daemon({"dbus-daemon", "--config-file=" + (folder / "bus.conf"), "--nofork"});
     ASSERT_TRUE(WaitFor([&] { return FileExists(folder / "bus"); })) << daemon.Log();
