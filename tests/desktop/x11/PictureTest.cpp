@@ -48,10 +48,6 @@ void ExpectShows(const CScreen& screen, WindowRef window, double scale, bool dar
             return differing == 0;
         },
         10.0);
-    if (!alike) {
-        screen.Save("/tmp/seen.png");
-        (void)CVSaveWindowPicture(window, "/tmp/drawn.png", scale, dark);
-    }
     EXPECT_TRUE(alike) << differing << " pixels differ; " << seen.width << "x" << seen.height << " on the screen, "
                        << drawn.width << "x" << drawn.height << " in the picture";
 }
