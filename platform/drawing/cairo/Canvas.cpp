@@ -204,7 +204,7 @@ void CCairoCanvas::DrawText(const TextLayout& layout, const TextStyle& style, do
         DrawBoxes(layout, style, x, y);
         return;
     }
-    double shift = m_fonts.ShiftOf(layout);
+    double shift = m_fonts.ShiftOf(layout, lines);
     if (layout.width > 0 && style.ellipsised) {
         PangoRectangle extent;
         pango_layout_get_extents(lines, nullptr, &extent);

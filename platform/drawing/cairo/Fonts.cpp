@@ -1,10 +1,13 @@
 // platform/drawing/cairo/Fonts.cpp
 //
-// One font map and one reused layout per scale; nothing is shared with the host's own Pango.
+// One font map and a few kept layouts per scale; nothing is shared with the host's own Pango.
 #include "platform/drawing/cairo/Fonts.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+
+#include <pango/pangofc-fontmap.h>
 
 namespace {
 
@@ -58,37 +61,28 @@ std::size_t MeantOffset(const TextLayout& layout, std::size_t offset)
 }
 
 /// A line alone starts where its direction says; Pango then needs a width to justify in.
-PangoAlignment AlignmentOf(Justification justification, PangoDirection direction)
+PangoAlignment AlignmentOf(Justification justification, PangoLayout* lines)
 {
-    const bool rightToLeft = direction == PANGO_DIRECTION_RTL;
-    switch (justification) {
-    case Justification::Centre:
+    if (justification == Justification::Centre)
         return PANGO_ALIGN_CENTER;
-    case Justification::Left: // Pango swaps left and right for a text from right to left
-        return rightToLeft ? PANGO_ALIGN_RIGHT : PANGO_ALIGN_LEFT;
-    case Justification::Right:
-        return rightToLeft ? PANGO_ALIGN_LEFT : PANGO_ALIGN_RIGHT;
-    case Justification::ByScript:
-        break;
-    }
-    return PANGO_ALIGN_LEFT;
+    if (justification == Justification::ByScript)
+        return PANGO_ALIGN_LEFT;
+    // Pango swaps left and right for a text from right to left.
+    const bool rightToLeft = pango_layout_get_direction(lines, 0) == PANGO_DIRECTION_RTL;
+    return (justification == Justification::Left) == rightToLeft ? PANGO_ALIGN_RIGHT : PANGO_ALIGN_LEFT;
 }
 
-/// The names that stand for whatever font there is are listed without any, too.
+/// Pango's own list also has names that stand for any font, and would make an object of each family.
 bool HasFonts(PangoFontMap* map)
 {
-    constexpr std::string_view kStandIns[] = {"sans", "serif", "monospace", "cursive", "fantasy", "system-ui"};
-    PangoFontFamily** families = nullptr;
-    int count = 0;
-    pango_font_map_list_families(map, &families, &count);
-    const bool has = std::any_of(families, families + count, [&](PangoFontFamily* family) {
-        const char* const name = pango_font_family_get_name(family);
-        return std::none_of(std::begin(kStandIns), std::end(kStandIns), [name](std::string_view standIn) {
-            return g_ascii_strcasecmp(name, standIn.data()) == 0;
-        });
-    });
-    g_free(families);
-    return has;
+    // Reading the configuration is under way in a thread of Pango's; this waits for it.
+    FcConfig* const config = pango_fc_font_map_get_config(PANGO_FC_FONT_MAP(map));
+    for (const FcSetName name : {FcSetSystem, FcSetApplication}) {
+        const FcFontSet* const fonts = FcConfigGetFonts(config, name);
+        if (fonts && fonts->nfont > 0)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -104,8 +98,6 @@ CFonts::CFonts(double scale, const std::string& family, double points)
     cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_ON);
     pango_cairo_context_set_font_options(m_context.get(), options);
     cairo_font_options_destroy(options);
-    if (HasFonts(m_map.get())) // without any font Pango ends the process or draws anything anywhere
-        m_layout.reset(pango_layout_new(m_context.get()));
     SetFont(family, points);
 }
 
@@ -115,11 +107,40 @@ void CFonts::SetFont(const std::string& family, double points)
     m_points = points;
 }
 
+PangoLayout* CFonts::LayoutFor(std::string_view shown, TextFont font) const
+{
+    constexpr std::size_t kMostLayouts = 24, kLongest = 512; // bytes; what is longer has one place of its own
+    if (shown.size() > kLongest) {
+        if (!m_long)
+            m_long.reset(pango_layout_new(m_context.get()));
+        if (shown != pango_layout_get_text(m_long.get()))
+            pango_layout_set_text(m_long.get(), shown.data(), static_cast<int>(shown.size()));
+        return m_long.get();
+    }
+    const auto known = std::find_if(m_layouts.begin(), m_layouts.end(), [&](const Known& candidate) {
+        return candidate.font == font && shown == pango_layout_get_text(candidate.layout.get());
+    });
+    if (known != m_layouts.end()) {
+        m_layouts.splice(m_layouts.begin(), m_layouts, known);
+        return m_layouts.front().layout.get();
+    }
+    if (m_layouts.size() < kMostLayouts)
+        m_layouts.push_front({CObjectOf<PangoLayout>(pango_layout_new(m_context.get())), font});
+    else
+        m_layouts.splice(m_layouts.begin(), m_layouts, std::prev(m_layouts.end()));
+    m_layouts.front().font = font;
+    pango_layout_set_text(m_layouts.front().layout.get(), shown.data(), static_cast<int>(shown.size()));
+    return m_layouts.front().layout.get();
+}
+
 PangoLayout* CFonts::LayOut(const TextLayout& layout) const
 {
-    if (!m_layout)
+    static const bool hasFonts = HasFonts(m_map.get()); // without any, Pango ends the process or draws anywhere
+    if (!hasFonts)
         return nullptr;
-    PangoLayout* const lines = m_layout.get();
+    const std::string bullets = layout.concealed ? Conceal(layout.text) : std::string();
+    const std::string_view shown = layout.concealed ? std::string_view(bullets) : layout.text;
+    PangoLayout* const lines = LayoutFor(shown, layout.font);
     const FontKind& kind = kFontKinds[static_cast<std::size_t>(layout.font)];
     PangoFontDescription* const font = pango_font_description_new();
     pango_font_description_set_family_static(font, m_family.c_str());
@@ -129,10 +150,8 @@ PangoLayout* CFonts::LayOut(const TextLayout& layout) const
     pango_layout_set_font_description(lines, font);
     pango_font_description_free(font);
 
-    const std::string bullets = layout.concealed ? Conceal(layout.text) : std::string();
-    const std::string_view shown = layout.concealed ? std::string_view(bullets) : layout.text;
+    // What is as it was before costs nothing: Pango keeps the lines.
     pango_layout_set_attributes(lines, nullptr);
-    pango_layout_set_text(lines, shown.data(), static_cast<int>(shown.size()));
     // Pango wraps whatever has a width; a line alone is justified by hand, where it is placed.
     const bool wrapped = layout.wrapped && layout.width > 0;
     pango_layout_set_width(lines, wrapped ? static_cast<int>(std::ceil(layout.width * m_scale)) * PANGO_SCALE : -1);
@@ -140,21 +159,20 @@ PangoLayout* CFonts::LayOut(const TextLayout& layout) const
     pango_layout_set_ellipsize(lines, PANGO_ELLIPSIZE_NONE);
     pango_layout_set_wrap(lines, PANGO_WRAP_WORD_CHAR);
     pango_layout_set_single_paragraph_mode(lines, !layout.wrapped);
-    const PangoDirection direction = pango_layout_get_direction(lines, 0);
-    pango_layout_set_alignment(lines, AlignmentOf(layout.justification, direction));
+    pango_layout_set_alignment(lines, AlignmentOf(layout.justification, lines));
     return lines;
 }
 
-double CFonts::ShiftOf(const TextLayout& layout) const
+double CFonts::ShiftOf(const TextLayout& layout, PangoLayout* lines) const
 {
-    if (!m_layout || layout.width <= 0 || layout.wrapped)
+    if (layout.width <= 0 || layout.wrapped)
         return 0;
     PangoRectangle extent;
-    pango_layout_get_extents(m_layout.get(), nullptr, &extent);
+    pango_layout_get_extents(lines, nullptr, &extent);
     const double room = layout.width * m_scale - static_cast<double>(extent.width) / PANGO_SCALE;
     if (room <= 0)
         return 0;
-    const bool rightToLeft = pango_layout_get_direction(m_layout.get(), 0) == PANGO_DIRECTION_RTL;
+    const bool rightToLeft = pango_layout_get_direction(lines, 0) == PANGO_DIRECTION_RTL;
     switch (layout.justification) {
     case Justification::Centre:
         return std::floor(room / 2);
@@ -201,7 +219,7 @@ CaretPlace CFonts::PlaceOf(const TextLayout& layout, std::size_t offset) const
     PangoRectangle caret;
     pango_layout_get_cursor_pos(lines, static_cast<int>(ShownOffset(layout, offset)), &caret, nullptr);
     const double unit = PANGO_SCALE * m_scale;
-    return {caret.x / unit + ShiftOf(layout) / m_scale, caret.y / unit, caret.height / unit};
+    return {caret.x / unit + ShiftOf(layout, lines) / m_scale, caret.y / unit, caret.height / unit};
 }
 
 std::size_t CFonts::OffsetAt(const TextLayout& layout, double x, double y) const
@@ -213,7 +231,7 @@ std::size_t CFonts::OffsetAt(const TextLayout& layout, double x, double y) const
         bullets.concealed = true;
         return MeantOffset(bullets, static_cast<std::size_t>(index) * kBulletBytes);
     }
-    const double shift = ShiftOf(layout);
+    const double shift = ShiftOf(layout, lines);
     const double unit = PANGO_SCALE;
     constexpr double kFarthest = 1 << 20; // pixels; what lies beyond does not fit Pango's units
     int index = 0, trailing = 0;

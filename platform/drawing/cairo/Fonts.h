@@ -31,8 +31,8 @@ public:
 
     /// Lays a text out; valid until the next call. Null on a machine without any font.
     PangoLayout* LayOut(const TextLayout& layout) const;
-    /// How far the text laid out last, a line alone, is moved to the right to be justified; pixels.
-    double ShiftOf(const TextLayout& layout) const;
+    /// How far what LayOut answered, a line alone, is moved to the right to be justified; pixels.
+    double ShiftOf(const TextLayout& layout, PangoLayout* lines) const;
     double Scale() const { return m_scale; }
     /// The bytes in the text that is shown, of a range in the text that is meant.
     static std::pair<std::size_t, std::size_t> ShownRange(const TextLayout& layout, std::size_t start, std::size_t end);
@@ -46,10 +46,20 @@ public:
     static constexpr double kBoxWidth = 7, kBoxHeight = 14;
 
 private:
+    /// A text that was laid out. Windows measure a text, draw it and draw it again, and the next
+    /// window of its kind shows the same ones.
+    struct Known {
+        CObjectOf<PangoLayout> layout;
+        TextFont font;
+    };
+    /// A layout that holds the text, the one of the last time if it is still there.
+    PangoLayout* LayoutFor(std::string_view shown, TextFont font) const;
+
     const double m_scale;
     CObjectOf<PangoFontMap> m_map;
     CObjectOf<PangoContext> m_context;
-    CObjectOf<PangoLayout> m_layout; ///< Empty without fonts.
+    mutable std::list<Known> m_layouts; ///< The one used last in front.
+    mutable CObjectOf<PangoLayout> m_long;
     std::string m_family;
     double m_points = 10;
 };
