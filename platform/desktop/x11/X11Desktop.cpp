@@ -12,6 +12,7 @@
 
 #include "platform/base/Clock.h"
 #include "platform/base/Guard.h"
+#include "platform/drawing/cairo/Fonts.h"
 
 namespace {
 
@@ -707,6 +708,7 @@ void CX11Desktop::TakeState(const xcb_property_notify_event_t& event)
 extern "C" __attribute__((visibility("default"))) IDesktop* cv_OpenDesktop() noexcept
 {
     return Guarded(static_cast<IDesktop*>(nullptr), []() -> IDesktop* {
+        (void)CUserFont::Get().At(1); // reads the fonts' configuration in a thread, while we wait for the server
         auto connection = CConnection::Open();
         return connection ? new CX11Desktop(std::move(connection)) : nullptr;
     });
