@@ -26,6 +26,10 @@ if(DEFINED ENV{SOURCE_DATE_EPOCH})
         COMPILE_DEFINITIONS "CV_COMPILE_DATE=\"${compile_date}\"")
 endif()
 
+# Where a click on the logo of the information dialog leads.
+set(CV_SITE_URL "https://www.corvane.example/" CACHE STRING "Address of the maker's web site")
+set_source_files_properties(ui/InfoDialog.cpp PROPERTIES COMPILE_DEFINITIONS "CV_SITE_URL=\"${CV_SITE_URL}\"")
+
 add_library(Quillets MODULE $<TARGET_OBJECTS:component>)
 set_target_properties(Quillets PROPERTIES PREFIX "" SUFFIX "")
 

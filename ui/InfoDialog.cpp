@@ -7,10 +7,7 @@
 #include "frame/BaseProductManager.h"
 #include "frame/Owned.h"
 
-// The maker's web site; the build may name another.
-#ifndef CV_SITE_URL
-#define CV_SITE_URL "https://www.corvane.example/"
-#endif
+// CV_SITE_URL, the maker's web site, comes from the build (cmake/Component.cmake).
 
 namespace {
 
