@@ -136,7 +136,7 @@ TEST_P(Hosts, ShowTheDialogOverTheirWindow)
     const xcb_window_t owner = m_screen.PropertyOf(dialog.id, "WM_TRANSIENT_FOR");
     EXPECT_NE(owner, 0U);
     EXPECT_TRUE(m_screen.IsInside(m_panel.id, owner));
-    EXPECT_TRUE(m_screen.HasState(dialog.id, "_NET_WM_STATE_MODAL"));
+    EXPECT_TRUE(WaitFor([&] { return m_screen.HasState(dialog.id, "_NET_WM_STATE_MODAL"); }));
     m_screen.MoveWindow(dialog.id, dialog.x + 150, dialog.y + 130); // so that both are seen
     ScreenWindow moved = dialog;
     EXPECT_TRUE(WaitFor([&] {

@@ -51,7 +51,7 @@ TEST_F(Foreign, DialogStandsOverTheHostsWindow)
     const CChild child(m_host);
     const ScreenWindow shown = ActiveOn(m_screen, child.Window());
     EXPECT_EQ(m_screen.PropertyOf(shown.id, "WM_TRANSIENT_FOR"), m_host);
-    EXPECT_TRUE(m_screen.HasState(shown.id, "_NET_WM_STATE_MODAL"));
+    EXPECT_TRUE(ServeUntil([&] { return m_screen.HasState(shown.id, "_NET_WM_STATE_MODAL"); }));
     const ScreenWindow host = *m_screen.PlaceOf(m_host);
     EXPECT_NEAR(shown.x + shown.width / 2, host.x + host.width / 2, 1);
     EXPECT_NEAR(shown.y + shown.height / 2, host.y + host.height / 2, 1);

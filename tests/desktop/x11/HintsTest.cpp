@@ -117,7 +117,7 @@ TEST_F(Hints, WindowStandsOnItsModalParent)
     ShowWindow(sheet.Get());
     const ScreenWindow shown = ShownOn(m_screen, sheet.Get());
     EXPECT_EQ(m_screen.PropertyOf(shown.id, "WM_TRANSIENT_FOR"), m_window);
-    EXPECT_TRUE(m_screen.HasState(shown.id, "_NET_WM_STATE_MODAL"));
+    EXPECT_TRUE(ServeUntil([&] { return m_screen.HasState(shown.id, "_NET_WM_STATE_MODAL"); }));
     EXPECT_TRUE(IsCentredOn(shown, *m_screen.PlaceOf(m_window)));
     EXPECT_FALSE(m_screen.HasState(m_window, "_NET_WM_STATE_MODAL"));
 
