@@ -123,8 +123,10 @@ void CX11Desktop::SetOwner(SurfaceId id, SurfaceId owner, ForeignWindowId foreig
     else
         xcb_delete_property(m_connection->Get(), surface->window, XCB_ATOM_WM_TRANSIENT_FOR);
     if (!surface->asked)
-        return Place(*surface);
-    // Of a window that it shows a manager keeps the states itself.
+        Place(*surface);
+    if (!surface->asked && !surface->mapping)
+        return;
+    // Of a window that it shows, or has been asked to show, a manager keeps the states itself.
     constexpr std::uint32_t kRemove = 0, kAdd = 1, kFromProgram = 1;
     m_connection->SendToRoot(surface->window, Atom::NetWmState,
                              {modal ? kAdd : kRemove, (*m_connection)[Atom::NetWmStateModal], 0, kFromProgram, 0});
