@@ -6,13 +6,14 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <string>
 
 #include "platform/corefoundation/Collections.h"
 
 /// What the file system says of a file without opening it.
 struct FileStamp {
-    bool exists = false;
+    std::uint64_t exists = 0; ///< 0 or 1; as wide as the rest, for it is stored as bytes and has no gaps.
     dev_t device = 0;
     ino_t inode = 0;
     off_t size = 0;
