@@ -5,24 +5,25 @@
 #include <CVPlatform/CVPlatform.h>
 
 #include <cstdio>
+#include <initializer_list>
 
 int main()
 {
     const CFURLRef page = CFURLCreateWithString(nullptr, CFSTR("file:///page.html"), nullptr);
     const void* pages[] = {page};
     const CFArrayRef list = CFArrayCreate(nullptr, pages, 1, &kCFTypeArrayCallBacks);
-    CFURLRef application = nullptr;
+    CFURLRef found = nullptr, preferred = nullptr, launched = nullptr;
     CFStringRef name = nullptr;
-    std::printf("%d ", LSFindApplicationForInfo(kLSUnknownCreator, CFSTR("org.example.Viewer"), nullptr, nullptr,
-                                                &application));
-    std::printf("%d ", LSGetApplicationForURL(page, kLSRolesAll, nullptr, &application));
+    std::printf("%d ",
+                LSFindApplicationForInfo(kLSUnknownCreator, CFSTR("org.example.Viewer"), nullptr, nullptr, &found));
+    std::printf("%d ", LSGetApplicationForURL(page, kLSRolesAll, nullptr, &preferred));
     std::printf("%d ", LSOpenURLsWithRole(list, kLSRolesViewer, nullptr, nullptr, nullptr, 0));
-    std::printf("%d ", LSOpenCFURLRef(page, &application));
+    std::printf("%d ", LSOpenCFURLRef(page, &launched));
     std::printf("%d ", LSCopyDisplayNameForURL(page, &name)); // which a file has without an application
     std::printf("%d %d", CVLaunchesThroughPortal(), CVFinishLaunches(1));
-    const bool clear = !application && name;
-    CFRelease(name);
-    CFRelease(list);
-    CFRelease(page);
-    return clear ? 0 : 1;
+    const bool consistent = name && !found == !preferred && !found == !launched;
+    for (const CFTypeRef object : {CFTypeRef(found), CFTypeRef(preferred), CFTypeRef(launched), CFTypeRef(name),
+                                   CFTypeRef(list), CFTypeRef(page)})
+        CFRelease(object);
+    return consistent ? 0 : 1;
 }
