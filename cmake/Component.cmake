@@ -45,6 +45,11 @@ if(APPLE)
         "${CMAKE_SOURCE_DIR}/resources/Resources" "$<TARGET_BUNDLE_CONTENT_DIR:Quillets>/Resources")
 else()
     set(CV_BUNDLE "${CMAKE_BINARY_DIR}/Quillets.bundle")
+    set(modules "")
+    if(CV_MODULES)
+        set(modules cvplatform-image cvplatform-launch cvplatform-x11)
+    endif()
+    list(TRANSFORM modules REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE module_files)
     target_link_libraries(component PUBLIC cvplatform)
     target_link_libraries(Quillets PRIVATE cvplatform)
     target_link_options(Quillets PRIVATE -Wl,-Bsymbolic)  # no other bundle's class may take ours' place
@@ -56,11 +61,12 @@ else()
     add_custom_command(TARGET Quillets POST_BUILD
         COMMAND "${CMAKE_COMMAND}" -E make_directory "${CV_BUNDLE}/Contents/Frameworks"
         COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform>"
-                "${CV_BUNDLE}/Contents/Frameworks/$<TARGET_SONAME_FILE_NAME:cvplatform>"
-        COMMAND "${CMAKE_COMMAND}" -E copy_if_different "$<TARGET_FILE:cvplatform-image>" "$<TARGET_FILE:cvplatform-launch>"
-                "$<TARGET_FILE:cvplatform-x11>"
-                "${CV_BUNDLE}/Contents/Frameworks/")
-    add_dependencies(Quillets cvplatform-image cvplatform-launch cvplatform-x11)
+                "${CV_BUNDLE}/Contents/Frameworks/$<TARGET_SONAME_FILE_NAME:cvplatform>")
+    if(modules)
+        add_custom_command(TARGET Quillets POST_BUILD
+            COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${module_files} "${CV_BUNDLE}/Contents/Frameworks/")
+        add_dependencies(Quillets ${modules})
+    endif()
     # Resources change without the code; what is gone from the source goes from the bundle too.
     add_custom_target(bundle_resources ALL
         COMMAND "${CMAKE_COMMAND}" -E rm -rf "${CV_BUNDLE}/Contents/Resources"

@@ -53,13 +53,14 @@ public:
             return std::nullopt;
         const Content known = ContentOf(content.place);
         const bool same = known.mark == content.mark && known.hash == content.hash;
-        return same ? std::optional<std::string>(m_paths[content.place]) : std::nullopt;
+        return same ? std::optional<std::string>(m_paths[static_cast<std::size_t>(content.place)]) : std::nullopt;
     }
 
 private:
     Content ContentOf(std::uint64_t place) const
     {
-        return {reinterpret_cast<std::uintptr_t>(this), place, std::hash<std::string_view>()(m_paths[place])};
+        const std::string& path = m_paths[static_cast<std::size_t>(place)];
+        return {reinterpret_cast<std::uintptr_t>(this), place, std::hash<std::string_view>()(path)};
     }
 
     std::mutex m_mutex;

@@ -122,7 +122,7 @@ OSStatus OpenItems(const std::vector<CFURLRef>& urls, const std::vector<LaunchIt
         return status;
     }
     ILauncher* const launcher = Launcher();
-    return launcher ? StatusOf(launcher->Open(entry, items)) : kLSApplicationNotFoundErr;
+    return launcher ? StatusOf(launcher->Open(entry, items)) : static_cast<OSStatus>(kLSApplicationNotFoundErr);
 }
 
 } // namespace

@@ -13,7 +13,7 @@ Result WithControl(ControlRef reference, Result failure, Work&& work)
     return Guarded<Result>(failure, [&]() -> Result {
         const CToolboxLock lock;
         CControl* const control = Find<CControl>(reference);
-        return control ? work(*control) : failure;
+        return control ? static_cast<Result>(work(*control)) : failure;
     });
 }
 

@@ -13,7 +13,7 @@ template <typename Work>
 OSStatus WithImageView(HIViewRef view, Work&& work)
 {
     return WithControl<OSStatus>(view, controlHandleInvalidErr, [&](CControl& control) -> OSStatus {
-        return control.controlClass == ControlClass::ImageView ? work(control)
+        return control.controlClass == ControlClass::ImageView ? static_cast<OSStatus>(work(control))
                                                                : static_cast<OSStatus>(errDataNotSupported);
     });
 }
@@ -204,10 +204,11 @@ OSStatus HIViewGetFrame(HIViewRef inView, HIRect* outRect)
     return WithControl<OSStatus>(inView, controlHandleInvalidErr, [outRect](CControl& view) -> OSStatus {
         if (!outRect)
             return paramErr;
-        outRect->origin.x = view.bounds.left - (view.parent ? view.parent->bounds.left : 0);
-        outRect->origin.y = view.bounds.top - (view.parent ? view.parent->bounds.top : 0);
-        outRect->size.width = view.bounds.right - view.bounds.left;
-        outRect->size.height = view.bounds.bottom - view.bounds.top;
+        const Rect& bounds = view.bounds;
+        outRect->origin.x = static_cast<CGFloat>(bounds.left - (view.parent ? view.parent->bounds.left : 0));
+        outRect->origin.y = static_cast<CGFloat>(bounds.top - (view.parent ? view.parent->bounds.top : 0));
+        outRect->size.width = static_cast<CGFloat>(bounds.right - bounds.left);
+        outRect->size.height = static_cast<CGFloat>(bounds.bottom - bounds.top);
         return noErr;
     });
 }

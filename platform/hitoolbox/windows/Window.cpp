@@ -46,7 +46,7 @@ Result WithWindow(WindowRef reference, Result failure, Work&& work)
     return Guarded<Result>(failure, [&]() -> Result {
         const CToolboxLock lock;
         CWindow* const window = Find<CWindow>(reference);
-        return window ? work(*window) : failure;
+        return window ? static_cast<Result>(work(*window)) : failure;
     });
 }
 
