@@ -13,7 +13,7 @@
 
 /// What the file system says of a file without opening it.
 struct FileStamp {
-    std::uint64_t exists = 0; ///< 0 or 1; as wide as the rest, for it is stored as bytes and has no gaps.
+    std::uint64_t exists = 0; ///< 0 or 1; as wide as the rest: stored as bytes, without gaps, alike in 32 and 64 bits.
     dev_t device = 0;
     ino_t inode = 0;
     off_t size = 0;

@@ -115,7 +115,8 @@ void CPreferencesLock::Unlock() noexcept
 
 DurabilityRecord CPreferencesLock::Record() const noexcept
 {
-    static_assert(std::has_unique_object_representations_v<DurabilityRecord>, "read and written as bytes");
+    static_assert(std::is_trivially_copyable_v<DurabilityRecord>, "read and written as bytes");
+    static_assert(sizeof(DurabilityRecord) == 88, "shared between 32-bit and 64-bit programs");
     DurabilityRecord record;
     const ssize_t count = Uninterrupted([&] { return pread(m_descriptor.Get(), &record, sizeof record, 0); });
     return count == static_cast<ssize_t>(sizeof record) && record.magic == kMagic ? record : DurabilityRecord();

@@ -3,10 +3,11 @@
 // Makes binary property lists of objects that are given as bytes, sound or not.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
-inline void AppendNumber(std::string& bytes, std::size_t number, int size)
+inline void AppendNumber(std::string& bytes, std::uint64_t number, int size)
 {
     for (int shift = (size - 1) * 8; shift >= 0; shift -= 8)
         bytes.push_back(static_cast<char>(number >> static_cast<unsigned>(shift)));

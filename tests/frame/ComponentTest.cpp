@@ -228,6 +228,10 @@ TEST_F(Component, EveryOperationStandsInItsSlot)
 {
 #define BASE(name) "_ZN19CBaseProductManager" name
 #define OWN(name) "_ZN15CProductManager" name
+// A status is a long at the 32-bit home.
+#define ATTACH(status)                                                                                                 \
+    "18AttachDialogEventsEP15OpaqueWindowPtrPF" status                                                                 \
+    "P25OpaqueEventHandlerCallRefP14OpaqueEventRefPvEP18EventHandlerParams"
     // Mangled, so that the arguments count too.
     const char* const kSlots[] = {BASE("14QueryInterfaceERKN7corvane4GUIDEPPv"),
                                   BASE("6AddRefEv"),
@@ -247,8 +251,7 @@ TEST_F(Component, EveryOperationStandsInItsSlot)
                                   BASE("14ShowInfoDialogEP15OpaqueWindowPtrb"),
                                   BASE("8GoToSiteEv"),
                                   BASE("15InitLogoControlEP16OpaqueControlRef"),
-                                  BASE("18AttachDialogEventsEP15OpaqueWindowPtrPFiP25OpaqueEventHandlerCallRefP14Opaque"
-                                       "EventRefPvEP18EventHandlerParams"),
+                                  sizeof(void*) == 4 ? BASE(ATTACH("l")) : BASE(ATTACH("i")),
                                   BASE("16AttachLogoEventsEP16OpaqueControlRefP18EventHandlerParams"),
                                   BASE("14SetRegistryKeyEPKcS1_S1_"),
                                   BASE("14GetRegistryKeyEPKcS1_Pci"),
@@ -256,6 +259,7 @@ TEST_F(Component, EveryOperationStandsInItsSlot)
                                   BASE("23TranslateCommonCFStringE18EffectLangItemTypePKcS2_")};
 #undef BASE
 #undef OWN
+#undef ATTACH
     static_assert(sizeof kSlots / sizeof kSlots[0] == 24, "the interface has 24 slots");
     const void* const* const table = *reinterpret_cast<const void* const* const*>(&Manager());
     for (std::size_t slot = 0; slot < 24; ++slot)

@@ -27,6 +27,7 @@ TEST(ResourceImage, WithoutABundleIsNull)
 
 TEST(ResourceImage, LogoOfTheBuiltBundleHasItsSizeAndAlpha)
 {
+    SKIP_WITHOUT_MODULES();
     CManager manager;
     manager.UseBundle(BuiltBundle());
     const COwned<CGImageRef> logo(manager.LoadLogo());

@@ -11,6 +11,11 @@
 
 #include "frame/IProductManager.h"
 
+/// Leaves a test that needs what CMake's option CV_MODULES left out.
+#define SKIP_WITHOUT_MODULES()                                                                                         \
+    if (!CV_MODULES)                                                                                                   \
+    GTEST_SKIP() << "built without GLib, X11 and Pango"
+
 /// Answers the path of the folder that this test process has for itself.
 std::string OwnFolder();
 

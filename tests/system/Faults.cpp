@@ -164,6 +164,35 @@ EXPORT int fstat(int descriptor, struct stat* status)
     return Next() == Fate::Fail ? -1 : Real<int(int, struct stat*)>("fstat")(descriptor, status);
 }
 
+// The same calls of 32-bit programs with 64-bit offsets and times.
+EXPORT ssize_t pread64(int descriptor, void* buffer, size_t size, off64_t at)
+{
+    return Next() == Fate::Fail ? -1
+                                : Real<ssize_t(int, void*, size_t, off64_t)>("pread64")(descriptor, buffer, size, at);
+}
+
+EXPORT ssize_t pwrite64(int descriptor, const void* buffer, size_t size, off64_t at)
+{
+    return Next() == Fate::Fail
+               ? -1
+               : Real<ssize_t(int, const void*, size_t, off64_t)>("pwrite64")(descriptor, buffer, size, at);
+}
+
+EXPORT int __fstat64_time64(int descriptor, void* status)
+{
+    return Next() == Fate::Fail ? -1 : Real<int(int, void*)>("__fstat64_time64")(descriptor, status);
+}
+
+EXPORT int __stat64_time64(const char* path, void* status)
+{
+    return Next() == Fate::Fail ? -1 : Real<int(const char*, void*)>("__stat64_time64")(path, status);
+}
+
+EXPORT int __lstat64_time64(const char* path, void* status)
+{
+    return Next() == Fate::Fail ? -1 : Real<int(const char*, void*)>("__lstat64_time64")(path, status);
+}
+
 EXPORT int stat(const char* path, struct stat* status)
 {
     return Next() == Fate::Fail ? -1 : Real<int(const char*, struct stat*)>("stat")(path, status);

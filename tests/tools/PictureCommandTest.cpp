@@ -11,6 +11,7 @@ const std::string kLogo = std::string(CV_SOURCE_DIR) + "/resources/Resources/log
 
 TEST(PictureCommand, PrintsSizeDepthAndAlpha)
 {
+    SKIP_WITHOUT_MODULES();
     const ProgramResult result = RunProgram({BuiltTool(), "picture", kLogo});
     EXPECT_EQ(result.code, 0);
     EXPECT_EQ(result.out, "192 x 192 pixels, 32 bits, with alpha\n");

@@ -89,6 +89,7 @@ TEST_F(Prefs, WrongArgumentsAreNamed)
 
 TEST_F(Prefs, DoctorTellsOfFilesRightsAndWhatWasPutAside)
 {
+    SKIP_WITHOUT_MODULES();
     ASSERT_TRUE(SetKey("Common", "Key", "value"));
     WriteFile(MachineFile("com.corvane.bad"), "garbage");
     ASSERT_TRUE(SetKey("bad", "Key", "value"));

@@ -191,6 +191,7 @@ TEST(Identity, OfABundleWithOtherCodeFails)
 
 TEST(Doctor, FindsNothingMissing)
 {
+    SKIP_WITHOUT_MODULES();
     const ProgramResult result = Quillets({"doctor"});
     EXPECT_EQ(result.code, 0) << result.out;
     EXPECT_EQ(result.out.find("MISSING"), std::string::npos) << result.out;
@@ -272,6 +273,7 @@ TEST(CommandLine, WrongArgumentsAreOneLineAndExitTwo)
 
 TEST(CommandLine, OutputThatCannotBeWrittenIsAFailure)
 {
+    SKIP_WITHOUT_MODULES();
     ExpectFailure(QuilletsInto(">/dev/full", "identity"));
     ExpectFailure(QuilletsInto(">&-", "identity"));
     ExpectFailure(QuilletsInto(">/dev/full", "--help"));
