@@ -9,8 +9,8 @@ missing_packages() {
     wanted=$(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' packages.txt)
     # shellcheck disable=SC2086
     comm -23 <(printf '%s\n' $wanted | sort -u) \
-        <(dpkg-query -W -f '${db:Status-Abbrev} ${Package}\n' $wanted 2>/dev/null |
-            sed -n 's/^ii *//p' | sort -u)
+        <(dpkg-query -W -f '${db:Status-Abbrev} ${binary:Package}\n' $wanted 2>/dev/null |
+            sed -n -e "s/:$(dpkg --print-architecture)\$//" -e 's/^ii *//p' | sort -u)
 }
 
 install_packages() {
@@ -29,6 +29,10 @@ install_packages() {
         fi
     fi
     echo "Installing: $missing"
+    local machine
+    for machine in $(printf '%s\n' $missing | sed -n 's/.*://p' | sort -u); do
+        "${as_root[@]}" dpkg --add-architecture "$machine"
+    done
     "${as_root[@]}" apt-get -q update >/dev/null || true
     log=$(mktemp)
     # shellcheck disable=SC2086

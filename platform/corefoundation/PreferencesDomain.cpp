@@ -159,10 +159,13 @@ void CPreferencesDomain::Refresh(std::optional<std::uint64_t> news)
 {
     const std::int64_t now = CoarseNow();
     // The news were asked for before the file is looked at: what changes from now on is news again.
-    const bool trusted = m_loaded && news && *news == m_news && !m_file.isLinked && now - m_looked < kLongestTrust;
+    // What could not be read may be read the next time, though nothing about the file changes: this
+    // process was short of descriptors, or the disk failed once.
+    const bool known = m_loaded && m_file.state != FileState::Unreadable;
+    const bool trusted = known && news && *news == m_news && !m_file.isLinked && now - m_looked < kLongestTrust;
     if (trusted)
         return;
-    if (!m_loaded || !m_file.isSettled || !(CurrentStamp(m_place.file, m_file.isLocal) == m_file.stamp))
+    if (!known || !m_file.isSettled || !(CurrentStamp(m_place.file, m_file.isLocal) == m_file.stamp))
         Load();
     m_looked = now;
     m_news = news.value_or(0);
