@@ -14,6 +14,15 @@ CFStringRef MakeText(const char* utf8)
     return utf8 ? CFStringCreateWithCString(kCFAllocatorDefault, utf8, kCFStringEncodingUTF8) : nullptr;
 }
 
+// Answers whether memory lacks for `utf8`, rather than that it is not valid: any bytes are a text in
+// Mac OS Roman.
+bool LacksMemoryFor(const char* utf8)
+{
+    const COwned<CFStringRef> any(CFStringCreateWithCString(kCFAllocatorDefault, utf8, kCFStringEncodingMacRoman));
+    const COwned<CFStringRef> again(any ? MakeText(utf8) : nullptr);
+    return !any || again;
+}
+
 // Names the domain of a section; the caller releases it.
 CFStringRef MakeDomain(const char* section)
 {
@@ -75,7 +84,7 @@ bool CBaseProductManager::SetRegistryKey(const char* section, const char* key, c
     const COwned<CFStringRef> domain(MakeDomain(section));
     const COwned<CFStringRef> name(MakeText(key));
     const COwned<CFStringRef> text(MakeText(value)); // null removes the key
-    if (!domain || !name)
+    if (!domain || !name || (value && !text && LacksMemoryFor(value)))
         return false;
     return WriteValue(domain.Get(), name.Get(), text.Get(), kCFPreferencesAnyUser) ||
            WriteValue(domain.Get(), name.Get(), text.Get(), kCFPreferencesCurrentUser);

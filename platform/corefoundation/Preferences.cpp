@@ -113,6 +113,8 @@ thread_local bool t_hasLostChange = false;
 CRef<const CObject> Frozen(CFPropertyListRef value)
 {
     const CObject* const object = ObjectOf(value);
+    if (object->Type() == TypeId::String)
+        return CRef<const CObject>::Share(object); // without memory, whose lack would look like no list
     if (object->Type() != TypeId::Array && object->Type() != TypeId::Dictionary)
         return WriteBinaryPropertyList(*object) ? CRef<const CObject>::Share(object) : CRef<const CObject>();
     const auto bytes = WriteBinaryPropertyList(*object);

@@ -181,7 +181,7 @@ FileStamp CurrentStamp(const std::string& path, bool local) noexcept
     return Uninterrupted([&] { return stat(path.c_str(), &status); }) == 0 ? StampOf(status) : FileStamp();
 }
 
-bool IsOnLocalFileSystem(const std::string& path) noexcept
+bool IsOnLocalFileSystem(const std::string& path)
 {
     struct statfs system = {};
     std::size_t length = path.size();

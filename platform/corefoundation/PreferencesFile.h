@@ -59,7 +59,7 @@ FileStamp CurrentStamp(const std::string& path, bool local) noexcept;
 
 /// Answers whether `path`, or else the nearest folder above it that exists, lies on a file system
 /// that only this machine's kernel writes to.
-bool IsOnLocalFileSystem(const std::string& path) noexcept;
+bool IsOnLocalFileSystem(const std::string& path);
 
 /// Makes the dictionary that a file's bytes hold; empty for malformed bytes.
 CRef<const __CFDictionary> ParsePreferences(std::string_view bytes);

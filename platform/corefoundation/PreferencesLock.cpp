@@ -2,6 +2,7 @@
 //
 // The lock file and what it records.
 #include "platform/corefoundation/PreferencesLock.h"
+#include "platform/base/Forever.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -24,8 +25,8 @@ constexpr auto kLongestPause = std::chrono::microseconds(1000);
 // The descriptors of all lock files that are open.
 std::vector<int>& OpenLocks()
 {
-    static auto& descriptors = *new std::vector<int>;
-    return descriptors;
+    static CForever<std::vector<int>> descriptors;
+    return *descriptors;
 }
 
 int SetLock(int descriptor, short type) noexcept
@@ -137,8 +138,8 @@ void CPreferencesLock::SetDurable(std::uint64_t renamed) const noexcept
 
 std::mutex& PreferencesForkMutex()
 {
-    static auto& mutex = *new std::mutex;
-    return mutex;
+    static CForever<std::mutex> mutex;
+    return *mutex;
 }
 
 void HoldPreferencesLocks()

@@ -232,12 +232,12 @@ CFComparisonResult CFStringCompare(CFStringRef string1, CFStringRef string2, CFO
 
 CFStringRef __CFStringMakeConstantString(const char* cStr)
 {
-    static std::mutex& mutex = *new std::mutex;
-    // By content, not by address: the literal's image may be unloaded and another take its place.
-    static auto& strings = *new std::map<std::string, CRef<const __CFString>, std::less<>>;
     if (!cStr)
         return nullptr;
     return Guarded<CFStringRef>(nullptr, [&] {
+        static std::mutex& mutex = *new std::mutex;
+        // By content, not by address: the literal's image may be unloaded and another take its place.
+        static auto& strings = *new std::map<std::string, CRef<const __CFString>, std::less<>>;
         const std::lock_guard<std::mutex> lock(mutex);
         auto found = strings.find(std::string_view(cStr));
         if (found == strings.end())

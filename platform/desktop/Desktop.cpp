@@ -3,6 +3,7 @@
 // Choosing and opening the desktop. The X11 one is a module of its own, so that a process that
 // never shows a window never loads what it stands on.
 #include "platform/desktop/Desktop.h"
+#include "platform/base/Forever.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -45,9 +46,9 @@ IDesktop* Desktop::Current() noexcept
 
 IDesktop& Desktop::ForLoop() noexcept
 {
-    static auto& idle = *new CHeadlessDesktop;
+    static CForever<CHeadlessDesktop> idle;
     IDesktop* const open = Current();
-    return open ? *open : idle;
+    return open ? *open : *idle;
 }
 
 bool Desktop::ChooseHeadless() noexcept

@@ -3,6 +3,7 @@
 // Loads with everything bound at once: a host that brings libraries of its own, older or stripped,
 // shows here and not in the middle of drawing.
 #include "platform/desktop/Module.h"
+#include "platform/base/Forever.h"
 
 #include <dlfcn.h>
 
@@ -23,8 +24,8 @@ struct Loaded {
 
 Loaded& TheModule()
 {
-    static auto& loaded = *new Loaded;
-    return loaded;
+    static CForever<Loaded> loaded;
+    return *loaded;
 }
 
 // A failure is tried again: what is missing may be installed while the host runs.

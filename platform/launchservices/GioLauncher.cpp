@@ -15,6 +15,7 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/base/Forever.h"
 #include "platform/launchservices/Bus.h"
 #include "platform/launchservices/ExecLine.h"
 #include "platform/launchservices/Gio.h"
@@ -138,7 +139,7 @@ private:
     int m_running = 0;
 };
 
-auto& g_busWork = *new CBusWork;
+CForever<CBusWork> g_busWork;
 
 bool StartInPath(const Arguments& arguments, const std::string& folder)
 {
@@ -166,7 +167,7 @@ Launch StartEntry(GDesktopAppInfo* entry, const std::vector<LaunchItem>& items)
     if (!line || !*line) { // an entry may name no program if the bus can start it
         if (!g_desktop_app_info_get_boolean(entry, "DBusActivatable"))
             return Launch::Failed;
-        g_busWork.Start([id = BusName(entry), items] { (void)OpenThroughActivation(id, items); });
+        g_busWork->Start([id = BusName(entry), items] { (void)OpenThroughActivation(id, items); });
         return Launch::Started;
     }
     int count = 0;
@@ -226,7 +227,7 @@ public:
 
     bool HasPortal() override { return IsSandboxed(); }
 
-    bool Finish(double seconds) override { return g_busWork.Finish(seconds); }
+    bool Finish(double seconds) override { return g_busWork->Finish(seconds); }
 
     Launch Open(const std::string& entry, const std::vector<LaunchItem>& items) override
     {
@@ -234,7 +235,7 @@ public:
         if (const AppInfo application = OpenEntry(entry))
             return StartEntry(application.get(), items);
         if (IsSandboxed()) {
-            g_busWork.Start([items] {
+            g_busWork->Start([items] {
                 for (const LaunchItem& item : items) {
                     if (!OpenThroughPortal(item))
                         (void)StartDefault(item);

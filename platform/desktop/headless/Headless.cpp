@@ -3,6 +3,7 @@
 // Surfaces without pixels, input out of a queue. The keyboard goes to the surface that was shown or
 // selected last, as window managers have it.
 #include "platform/desktop/headless/Headless.h"
+#include "platform/base/Forever.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,8 +12,8 @@
 
 CHeadlessDesktop& HeadlessDesktop()
 {
-    static auto& desktop = *new CHeadlessDesktop;
-    return desktop;
+    static CForever<CHeadlessDesktop> desktop;
+    return *desktop;
 }
 
 CHeadlessDesktop::Surface* CHeadlessDesktop::Find(SurfaceId surface)

@@ -5,8 +5,8 @@
 #pragma once
 
 #include <condition_variable>
-#include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <mutex>
 #include <vector>
@@ -68,7 +68,7 @@ private:
     std::vector<SurfaceId> m_stack; // the shown ones, the front one last
     SurfaceId m_lastId = 0;
     SurfaceId m_focus = 0;
-    std::deque<Input> m_posted;
+    std::list<Input> m_posted; // takes no memory while it is empty
     std::string m_texts[2];
     double m_deadline = -1;
     double m_scale = 1;

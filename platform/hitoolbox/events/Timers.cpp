@@ -3,6 +3,7 @@
 // Timers by the time when they are due. A repeating one that comes late does not catch up: the
 // times that passed meanwhile are left out.
 #include "platform/hitoolbox/events/Timers.h"
+#include "platform/base/Forever.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,8 +38,8 @@ public:
 
 Schedule& TheSchedule()
 {
-    static auto& schedule = *new Schedule;
-    return schedule;
+    static CForever<Schedule> schedule;
+    return *schedule;
 }
 
 void Enter(CTimer& timer, double due)

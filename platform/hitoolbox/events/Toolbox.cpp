@@ -3,6 +3,7 @@
 // The layout of references: a 1 in the lowest bit (so that no address passes for one), the target
 // bit, the slot's index, the slot's generation.
 #include "platform/hitoolbox/events/Toolbox.h"
+#include "platform/base/Forever.h"
 
 #include <new>
 
@@ -18,8 +19,8 @@ constexpr std::size_t kRestingSlots = 1024;
 
 std::mutex& Mutex()
 {
-    static auto& mutex = *new std::mutex;
-    return mutex;
+    static CForever<std::mutex> mutex;
+    return *mutex;
 }
 
 } // namespace
@@ -30,8 +31,8 @@ CToolboxLock::CToolboxLock() : std::unique_lock<std::mutex>(Mutex())
 
 CHandleTable& Handles()
 {
-    static auto& table = *new CHandleTable;
-    return table;
+    static CForever<CHandleTable> table;
+    return *table;
 }
 
 void CHandleTable::Register(CRecord& record)

@@ -2,6 +2,7 @@
 //
 // Compares what a window wants with what its surface shows and tells the desktop the difference.
 #include "platform/hitoolbox/windows/Surfaces.h"
+#include "platform/base/Forever.h"
 
 #include <atomic>
 #include <cmath>
@@ -24,8 +25,8 @@ struct State {
 
 State& TheState() noexcept
 {
-    static auto& state = *new State;
-    return state;
+    static CForever<State> state;
+    return *state;
 }
 
 int Pixels(int points, double scale) noexcept

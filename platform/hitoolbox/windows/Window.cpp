@@ -2,6 +2,7 @@
 //
 // Windows: their life, order and modality.
 #include "platform/hitoolbox/windows/Window.h"
+#include "platform/base/Forever.h"
 
 #include <algorithm>
 
@@ -52,20 +53,19 @@ Result WithWindow(WindowRef reference, Result failure, Work&& work)
 
 void TearDown(CWindow& window)
 {
-    for (CControl* const control : Flatten(*window.root)) {
+    // Leaf by leaf, lest a deep tree be destroyed by recursion or the end of a window need memory.
+    for (CControl* parent = window.root.Get(); parent;) {
+        CControl* control = parent;
+        for (; !control->children.empty(); control = control->children.back().Get())
+            parent = control;
         const auto held = CRef<CControl>::Share(control);
         Retire(*control);
         control->window = nullptr;
         control->parent = nullptr;
-    }
-    // One by one, lest a deep tree be destroyed by recursion.
-    std::vector<CRef<CControl>> released = std::move(window.root->children);
-    while (!released.empty()) {
-        const CRef<CControl> control = std::move(released.back());
-        released.pop_back();
-        for (CRef<CControl>& child : control->children)
-            released.push_back(std::move(child));
-        control->children.clear();
+        if (control == window.root.Get())
+            break;
+        parent->children.pop_back();
+        parent = window.root.Get();
     }
     window.byId.clear();
     auto& stack = Windows::Stack();
@@ -143,8 +143,8 @@ OSStatus CWindow::HandleByDefault(const CEvent& event)
 
 std::vector<CWindow*>& Windows::Stack() noexcept
 {
-    static auto& stack = *new std::vector<CWindow*>;
-    return stack;
+    static CForever<std::vector<CWindow*>> stack;
+    return *stack;
 }
 
 CWindow* Windows::BlockerOf(const CWindow& window) noexcept
