@@ -109,11 +109,13 @@ std::vector<Arguments> ExpandExecLine(const Arguments& words, const std::vector<
     if (!items.empty() && !AnyHasCode(line, "uUfF"))
         line.push_back("%f"); // as the desktops do with a line that says nothing about files
     std::vector<const LaunchItem*> all;
+    all.reserve(items.size());
     for (const LaunchItem& item : items)
         all.push_back(&item);
     if (all.size() < 2 || AnyHasCode(line, "UF"))
         return {ExpandFor(line, all, texts)};
     std::vector<Arguments> lines;
+    lines.reserve(all.size());
     for (const LaunchItem* item : all)
         lines.push_back(ExpandFor(line, {item}, texts));
     return lines;

@@ -35,7 +35,7 @@ extern "C" int __clone(int (*run)(void*), void* stackEnd, int flags, void* data,
 
 namespace {
 
-constexpr std::size_t kStackBytes = 64 * 1024;
+constexpr std::size_t kStackBytes = std::size_t{64} * 1024;
 constexpr long kKernelSignalSetBytes = 8;
 constexpr rlim_t kMostDescriptorsTried = 65536;
 
@@ -182,6 +182,7 @@ private:
 int StartProgram(const std::string& program, const std::vector<std::string>& arguments, const std::string& folder)
 {
     std::vector<char*> words;
+    words.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments)
         words.push_back(const_cast<char*>(argument.c_str())); // execve's type; it writes nothing
     words.push_back(nullptr);
