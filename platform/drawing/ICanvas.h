@@ -4,6 +4,7 @@
 // decided elsewhere; a canvas knows shapes, texts and images, and keeps their edges on whole pixels.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -34,7 +35,7 @@ struct Colour {
 
     Colour WithAlpha(double alpha) const
     {
-        return {(rgba & 0xFFFFFF00U) | static_cast<std::uint32_t>((rgba & 0xFFU) * alpha + 0.5)};
+        return {(rgba & 0xFFFFFF00U) | static_cast<std::uint32_t>(std::lround((rgba & 0xFFU) * alpha))};
     }
 };
 

@@ -10,9 +10,9 @@
 
 namespace {
 
-constexpr double kPatience = 3;                  ///< Seconds without a sign of life from the other side.
-constexpr std::size_t kLargestPart = 256 * 1024; ///< Of a text that goes in parts.
-constexpr std::size_t kLongestText = 64U << 20;  ///< More than anybody pastes; the rest is left out.
+constexpr double kPatience = 3;                 ///< Seconds without a sign of life from the other side.
+constexpr std::size_t kLargestPart = 1U << 18;  ///< Of a text that goes in parts.
+constexpr std::size_t kLongestText = 64U << 20; ///< More than anybody pastes; the rest is left out.
 
 std::string Utf8OfLatin(std::string_view latin)
 {

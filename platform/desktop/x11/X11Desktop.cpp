@@ -79,8 +79,7 @@ SurfaceId CX11Desktop::CreateSurface(const SurfaceRequest& request)
 {
     const CQuietPipe quiet;
     const PixelRect& frame = request.frame;
-    if (!IsAlive() || frame.width < 1 || frame.height < 1 || frame.width > kLargestSide ||
-        frame.height > kLargestSide)
+    if (!IsAlive() || frame.width < 1 || frame.height < 1 || frame.width > kLargestSide || frame.height > kLargestSide)
         return 0;
     Surface surface;
     surface.id = ++m_lastId;
@@ -705,11 +704,18 @@ void CX11Desktop::TakeState(const xcb_property_notify_event_t& event)
     m_connection->Flush();
 }
 
+namespace {
+
+IDesktop* OpenDisplay()
+{
+    (void)CUserFont::Get().At(1); // reads the fonts' configuration in a thread, while we wait for the server
+    auto connection = CConnection::Open();
+    return connection ? new CX11Desktop(std::move(connection)) : nullptr;
+}
+
+} // namespace
+
 extern "C" __attribute__((visibility("default"))) IDesktop* cv_OpenDesktop() noexcept
 {
-    return Guarded(static_cast<IDesktop*>(nullptr), []() -> IDesktop* {
-        (void)CUserFont::Get().At(1); // reads the fonts' configuration in a thread, while we wait for the server
-        auto connection = CConnection::Open();
-        return connection ? new CX11Desktop(std::move(connection)) : nullptr;
-    });
+    return Guarded(static_cast<IDesktop*>(nullptr), OpenDisplay);
 }

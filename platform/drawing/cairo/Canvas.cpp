@@ -233,10 +233,12 @@ void CCairoCanvas::DrawBoxes(const TextLayout& layout, const TextStyle& style, d
 {
     const TextSize size = CFonts::MeasureBoxes(layout);
     const double right = layout.width > 0 ? std::min(layout.width, size.width) : size.width;
-    for (double down = 0; down < size.height; down += CFonts::kBoxHeight)
-        for (double across = 0; across + CFonts::kBoxWidth <= right + 0.5; across += CFonts::kBoxWidth)
-            Stroke({x + across + 1, y + down + 3, CFonts::kBoxWidth - 2, CFonts::kBoxHeight - 6}, 1, 1,
-                   style.colour.WithAlpha(0.5));
+    const int columns = static_cast<int>((right + 0.5) / CFonts::kBoxWidth);
+    const int rows = static_cast<int>(size.height / CFonts::kBoxHeight);
+    for (int box = 0; box < columns * rows; ++box)
+        Stroke({x + box % columns * CFonts::kBoxWidth + 1, y + box / columns * CFonts::kBoxHeight + 3,
+                CFonts::kBoxWidth - 2, CFonts::kBoxHeight - 6},
+               1, 1, style.colour.WithAlpha(0.5));
 }
 
 void CCairoCanvas::DrawPicture(const PixelBuffer& picture, const CanvasRect& area, double alpha)
