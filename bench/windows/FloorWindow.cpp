@@ -79,9 +79,9 @@ void OpenDialog()
         g_screen = xcb_setup_roots_iterator(xcb_get_setup(g_connection)).data;
     }
     g_window = xcb_generate_id(g_connection);
-    const std::uint32_t values[] = {XCB_BACK_PIXMAP_NONE, XCB_EVENT_MASK_EXPOSURE};
+    const std::uint32_t values[] = {g_screen->white_pixel, XCB_EVENT_MASK_EXPOSURE};
     xcb_create_window(g_connection, XCB_COPY_FROM_PARENT, g_window, g_screen->root, 0, 0, kPeerWidth, kPeerHeight, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXMAP | XCB_CW_EVENT_MASK,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK,
                       values);
     xcb_change_property(g_connection, XCB_PROP_MODE_REPLACE, g_window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
                         static_cast<std::uint32_t>(std::strlen(kPeerTitle)), kPeerTitle);

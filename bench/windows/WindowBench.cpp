@@ -127,12 +127,12 @@ public:
     // events along, which no descriptor shows: hence as long as there are any.
     void Take()
     {
-        while (TakeEvents(Now())) {
+        while (TakeEvents()) {
         }
     }
 
 private:
-    bool TakeEvents(double now)
+    bool TakeEvents()
     {
         bool changed = false;
         while (const Owned<xcb_generic_event_t> event{xcb_poll_for_event(m_connection)}) {
@@ -146,8 +146,10 @@ private:
                 m_window = 0;
             }
         }
-        if (changed && m_window != 0)
-            m_looks.push_back({now, Ink()});
+        if (changed && m_window != 0) {
+            const long ink = Ink();
+            m_looks.push_back({Now(), ink}); // at the latest then: what came since the event is in it too
+        }
         return changed;
     }
     void TakeMap(xcb_window_t window)
