@@ -49,7 +49,7 @@ TEST_F(InfoDialog, IsDisposedOfWithAForeignParent)
     TheScreen().Sync();
     WindowRef parent = nullptr;
     ASSERT_EQ(CVCreateForeignWindow(foreign, &parent), noErr);
-    const WindowRef window = Use(manager, false, parent);
+    const WindowRef window = Open(manager, false, parent);
     ASSERT_TRUE(window);
     EXPECT_EQ(TheScreen().PropertyOf(ShownOn(TheScreen(), window).id, "WM_TRANSIENT_FOR"), foreign);
     TheScreen().DestroyWindow(foreign);
