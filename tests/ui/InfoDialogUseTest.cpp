@@ -222,7 +222,9 @@ TEST_F(InfoDialog, BuiltBundleStoresTheOptionForEveryPlugIn)
     const WindowRef window = FrontNonFloatingWindow();
     ASSERT_TRUE(window);
     Hands::Await(window);
-    Hands::Click(ControlOf(window, 'KNOB'));
+    const ControlRef box = ControlOf(window, 'KNOB');
+    Hands::Click(box);
+    EXPECT_TRUE(Hands::Until([box] { return GetControl32BitValue(box) == 1; }));
     Hands::Click(ControlOf(window, 'CLOS', 0));
     EXPECT_TRUE(Ended(1));
     EXPECT_TRUE(manager.KnobsDragVertical());
