@@ -157,3 +157,29 @@ TEST_F(NibCommand, HelpNamesItsArguments)
     EXPECT_EQ(result.code, 0);
     EXPECT_TRUE(Contains(result.out, "quillets nib FOLDER.nib [WINDOW] [--json]"));
 }
+
+TEST_F(NibCommand, DrawsAWindow)
+{
+    SKIP_WITHOUT_MODULES();
+    const std::string picture = m_folder / "window.png";
+    const ProgramResult result =
+        Run({Folder("every-class-nested.xib"), "Plain", "--picture", picture, "--scale", "2", "--dark"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    const std::string bytes = ReadFile(picture);
+    // @source PNG specification, 11.2.2: width and height stand behind the signature and the chunk's head.
+    ASSERT_GT(bytes.size(), 24U);
+    EXPECT_EQ(bytes.substr(16, 8), std::string("\0\0\x01\x90\0\0\0\xC8", 8)); // 200 x 100 points
+}
+
+TEST_F(NibCommand, SaysWhyThereIsNoPicture)
+{
+    const std::string nib = Folder("every-class-nested.xib");
+    EXPECT_TRUE(Contains(ErrorOf({nib, "--picture"}, 2), "--picture needs a path"));
+    EXPECT_TRUE(Contains(ErrorOf({nib, "--picture", "x.png", "--scale", "9"}, 2), "--scale needs"));
+    const ProgramResult several = Run({nib, "--picture", m_folder / "x.png"});
+    EXPECT_EQ(several.code, 1);
+    EXPECT_TRUE(Contains(several.err, "holds 2 windows")) << several.err;
+    const ProgramResult nowhere = Run({nib, "Plain", "--picture", m_folder / "none/x.png"});
+    EXPECT_EQ(nowhere.code, 1);
+    EXPECT_TRUE(Contains(nowhere.err, "cannot be written")) << nowhere.err;
+}

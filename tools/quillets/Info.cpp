@@ -10,6 +10,7 @@
 #include "tools/quillets/Bundle.h"
 #include "tools/quillets/Help.h"
 #include "tools/quillets/Output.h"
+#include "tools/quillets/WindowPicture.h"
 #include <CVPlatform/CVPlatform.h>
 
 namespace {
@@ -27,16 +28,12 @@ constexpr Pressed kPresses[] = {
     {"logo", {'LOGO', 0}, false},
 };
 constexpr ControlID kCancelButton = {'CLOS', 1};
-constexpr double kSmallestScale = 0.25;
-constexpr double kLargestScale = 8;
 
 struct Request {
     bool hideKnobOption = false;
-    bool dark = false;
     bool headless = false;
     unsigned long long parent = 0;
-    double scale = 1;
-    std::string picture;
+    WindowPicture picture;
     const Pressed* press = nullptr;
 };
 
@@ -110,11 +107,10 @@ void OnShown(EventLoopTimerRef, void* data)
 {
     Session& session = *static_cast<Session*>(data);
     const Request& request = session.request;
-    if (!request.picture.empty()) {
-        session.pictureFailed =
-            CVSaveWindowPicture(session.window, request.picture.c_str(), request.scale, request.dark) != noErr;
+    if (!request.picture.path.empty()) {
+        session.pictureFailed = !Save(request.picture, session.window);
         if (!session.pictureFailed)
-            Say("picture", request.picture);
+            Say("picture", request.picture.path);
     }
     if (request.press) {
         Say("pressed", request.press->name);
@@ -155,38 +151,24 @@ int Show(IProductManager& manager, const Request& request)
     CVSetLaunchHandler(nullptr, nullptr);
     SayPreference("preference after", manager);
     if (session.pictureFailed)
-        return Failure(request.picture + ": cannot be written");
+        return Failure(request.picture.path + ": cannot be written");
     return kExitOk;
 }
 
-template <typename Number>
-bool ReadNumber(std::string_view word, Number& number)
+bool ReadWindowId(std::string_view word, unsigned long long& number)
 {
     const bool hexadecimal = word.substr(0, 2) == "0x";
     if (hexadecimal)
         word.remove_prefix(2);
-    std::from_chars_result result = {};
-    if constexpr (std::is_floating_point_v<Number>)
-        result = std::from_chars(word.data(), word.data() + word.size(), number);
-    else
-        result = std::from_chars(word.data(), word.data() + word.size(), number, hexadecimal ? 16 : 10);
-    return result.ec == std::errc() && result.ptr == word.data() + word.size();
+    const auto result = std::from_chars(word.data(), word.data() + word.size(), number, hexadecimal ? 16 : 10);
+    return result.ec == std::errc() && result.ptr == word.data() + word.size() && number != 0;
 }
 
 // Answers what is wrong with an option's value; empty when nothing is.
 std::string ReadOption(std::string_view option, std::string_view value, Request& request)
 {
     if (option == "--parent")
-        return ReadNumber(value, request.parent) && request.parent != 0 ? "" : "--parent needs the id of a window";
-    if (option == "--scale") {
-        const bool fine =
-            ReadNumber(value, request.scale) && request.scale >= kSmallestScale && request.scale <= kLargestScale;
-        return fine ? "" : "--scale needs a number from 0.25 to 8";
-    }
-    if (option == "--picture") {
-        request.picture = value;
-        return value.empty() ? "--picture needs a path" : "";
-    }
+        return ReadWindowId(value, request.parent) ? "" : "--parent needs the id of a window";
     for (const Pressed& press : kPresses) {
         if (press.name == value)
             request.press = &press;
@@ -199,17 +181,18 @@ int Run(const Arguments& arguments)
     Request request;
     std::vector<std::string_view> words = arguments.words;
     request.hideKnobOption = TakeFlag(words, "--hide-knob-option");
-    request.dark = TakeFlag(words, "--dark");
+    if (const std::string problem = TakePictureOptions(words, request.picture); !problem.empty())
+        return UsageError("info", problem);
     for (std::size_t at = 0; at < words.size(); at += 2) {
         const std::string_view option = words[at];
-        if (option != "--parent" && option != "--press" && option != "--picture" && option != "--scale")
+        if (option != "--parent" && option != "--press")
             return UsageError("info", "unexpected argument " + std::string(option));
         const std::string problem = ReadOption(option, at + 1 < words.size() ? words[at + 1] : "", request);
         if (!problem.empty())
             return UsageError("info", problem);
     }
     const char* const display = std::getenv("DISPLAY");
-    if (!request.picture.empty() && (!display || *display == '\0'))
+    if (!request.picture.path.empty() && (!display || *display == '\0'))
         request.headless = CVUseHeadlessDesktop(false) == noErr;
     const LoadedBundle loaded = LoadBundle(arguments);
     return loaded.manager ? Show(*loaded.manager, request) : Failure(loaded.problem);

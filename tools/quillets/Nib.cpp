@@ -2,6 +2,9 @@
 //
 // `quillets nib`: what a Carbon nib folder holds, for whoever brings a Mac bundle's resources over. It reads with
 // the layer's own reader, so what it cannot read the loader cannot either.
+#include <Carbon/Carbon.h>
+#include <stdlib.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -13,6 +16,8 @@
 #include "platform/hitoolbox/nib/NibReader.h"
 #include "tools/quillets/Command.h"
 #include "tools/quillets/Output.h"
+#include "tools/quillets/WindowPicture.h"
+#include <CVPlatform/CVPlatform.h>
 
 namespace {
 
@@ -38,6 +43,7 @@ struct Request {
     std::string folder;
     std::optional<std::string> window; // none for all; a name may be empty
     bool json = false;
+    WindowPicture picture;
 };
 
 /// Reads the folder's objects.xib.
@@ -257,11 +263,75 @@ int Print(const Request& request, const NibDocument& document)
     return kExitOk;
 }
 
+/// A bundle that holds nothing but a link to the nib, since nibs are found in bundles; gone with the object.
+class CNibBundle {
+public:
+    explicit CNibBundle(const std::string& nib)
+    {
+        std::error_code problem;
+        std::string pattern = std::filesystem::temp_directory_path(problem).string() + "/quillets-nib-XXXXXX";
+        if (problem || !mkdtemp(pattern.data()))
+            return;
+        m_folder = pattern;
+        std::filesystem::create_directories(m_folder + "/Contents/Resources", problem);
+        std::filesystem::create_directory_symlink(std::filesystem::absolute(nib, problem),
+                                                  m_folder + "/Contents/Resources/Shown.nib", problem);
+    }
+    ~CNibBundle()
+    {
+        std::error_code ignored;
+        if (!m_folder.empty())
+            std::filesystem::remove_all(m_folder, ignored);
+    }
+    CNibBundle(const CNibBundle&) = delete;
+    CNibBundle& operator=(const CNibBundle&) = delete;
+
+    /// Builds a window of the nib, not shown; null where that fails.
+    WindowRef BuildWindow(const std::string& name) const
+    {
+        const auto* const path = reinterpret_cast<const UInt8*>(m_folder.data());
+        const CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, path, CFIndex(m_folder.size()), true);
+        const CFBundleRef bundle = url ? CFBundleCreate(nullptr, url) : nullptr;
+        const CFStringRef title = CFStringCreateWithCString(nullptr, name.c_str(), kCFStringEncodingUTF8);
+        IBNibRef nib = nullptr;
+        WindowRef window = nullptr;
+        if (bundle && title && CreateNibReferenceWithCFBundle(bundle, CFSTR("Shown"), &nib) == noErr) {
+            (void)CreateWindowFromNib(nib, title, &window); // else null
+            DisposeNibReference(nib);
+        }
+        for (const CFTypeRef made : {CFTypeRef(url), CFTypeRef(bundle), CFTypeRef(title)}) {
+            if (made)
+                CFRelease(made);
+        }
+        return window;
+    }
+
+private:
+    std::string m_folder;
+};
+
+int Draw(const Request& request, const NibDocument& document)
+{
+    const std::vector<std::string> names = document.WindowNames();
+    if (!request.window && names.size() != 1)
+        return Failure(request.folder + ": holds " + std::to_string(names.size()) +
+                       " windows; name the one for --picture");
+    const CNibBundle bundle(request.folder);
+    WindowRef const window = bundle.BuildWindow(request.window ? *request.window : names.front());
+    if (!window)
+        return Failure(request.folder + ": the window cannot be built");
+    const bool saved = Save(request.picture, window);
+    DisposeWindow(window);
+    return saved ? kExitOk : Failure(request.picture.path + ": cannot be written");
+}
+
 int Run(const Arguments& arguments)
 {
     std::vector<std::string_view> words = arguments.words;
     Request request;
     request.json = TakeFlag(words, "--json");
+    if (const std::string problem = TakePictureOptions(words, request.picture); !problem.empty())
+        return UsageError("nib", problem);
     for (const std::string_view word : words) {
         if (word.substr(0, 2) == "--")
             return UsageError("nib", "unknown option " + std::string(word));
@@ -283,21 +353,30 @@ int Run(const Arguments& arguments)
     if (!document)
         return Failure(request.folder + "/objects.xib, line " + std::to_string(problem.line) + ", byte " +
                        std::to_string(problem.offset) + ": " + problem.message);
-    return Print(request, *document);
+    const int printed = Print(request, *document);
+    if (printed != kExitOk || request.picture.path.empty())
+        return printed;
+    (void)CVUseHeadlessDesktop(false); // nothing is shown
+    return Draw(request, *document);
 }
 
 } // namespace
 
-const Command kNibCommand = {"nib", "list the windows and controls that a Carbon nib folder holds",
-                             "Usage: quillets nib FOLDER.nib [WINDOW] [--json]\n"
-                             "\n"
-                             "Lists the windows of a nib, or the one named, with their controls: class, identifier,\n"
-                             "place (left, top) and size in pixels, title, command and state. Places of windows are\n"
-                             "those of their content on the screen, places of controls count from that content.\n"
-                             "Texts are quoted and escaped as in JSON.\n"
-                             "\n"
-                             "  --json  print one JSON object\n"
-                             "\n"
-                             "Exit status: 0 printed, 1 the nib cannot be read or has no such window (one line on\n"
-                             "stderr says what is wrong and where), 2 wrong arguments.\n",
-                             Run};
+const Command kNibCommand = {
+    "nib", "list the windows and controls that a Carbon nib folder holds",
+    "Usage: quillets nib FOLDER.nib [WINDOW] [--json] [--picture FILE.png] [--scale N] [--dark]\n"
+    "\n"
+    "Lists the windows of a nib, or the one named, with their controls: class, identifier,\n"
+    "place (left, top) and size in pixels, title, command and state. Places of windows are\n"
+    "those of their content on the screen, places of controls count from that content.\n"
+    "Texts are quoted and escaped as in JSON.\n"
+    "\n"
+    "  --json              print one JSON object\n"
+    "  --picture FILE.png  draw the window into this file as well\n"
+    "  --scale N           pixels per point of the picture, 0.25 to 8; 1 when it is left out\n"
+    "  --dark              draw the picture in dark colours\n"
+    "\n"
+    "Exit status: 0 printed, 1 the nib cannot be read or has no such window, or the picture\n"
+    "cannot be written (one line on stderr says what is wrong and where), 2 wrong\n"
+    "arguments.\n",
+    Run};
