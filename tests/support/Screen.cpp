@@ -223,8 +223,8 @@ bool CScreen::HasProperty(xcb_window_t window, const std::string& property) cons
 
 xcb_window_t CScreen::OwnerOf(const std::string& selection) const
 {
-    const Owned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
-        m_connection, xcb_get_selection_owner(m_connection, Atom(selection)), nullptr));
+    const Owned<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, Atom(selection)), nullptr));
     return reply ? reply->owner : 0;
 }
 
