@@ -44,7 +44,7 @@ WindowRef InfoDialog::Open(CTestManager& manager, bool hideKnobOption, WindowRef
 {
     static_cast<IProductManager&>(manager).InfoDialog(parent, hideKnobOption);
     Pump();
-    return manager.infoDialogWindow;
+    return __atomic_load_n(&manager.infoDialogWindow, __ATOMIC_ACQUIRE); // other threads may open dialogs too
 }
 
 WindowRef InfoDialog::Use(CTestManager& manager, bool hideKnobOption, WindowRef parent)
