@@ -14,12 +14,13 @@ int main()
     const CFArrayRef list = CFArrayCreate(nullptr, pages, 1, &kCFTypeArrayCallBacks);
     CFURLRef found = nullptr, preferred = nullptr, launched = nullptr;
     CFStringRef name = nullptr;
-    std::printf("%d ",
-                LSFindApplicationForInfo(kLSUnknownCreator, CFSTR("org.example.Viewer"), nullptr, nullptr, &found));
-    std::printf("%d ", LSGetApplicationForURL(page, kLSRolesAll, nullptr, &preferred));
-    std::printf("%d ", LSOpenURLsWithRole(list, kLSRolesViewer, nullptr, nullptr, nullptr, 0));
-    std::printf("%d ", LSOpenCFURLRef(page, &launched));
-    std::printf("%d ", LSCopyDisplayNameForURL(page, &name)); // which a file has without an application
+    std::printf("%ld ", static_cast<long>(LSFindApplicationForInfo(kLSUnknownCreator, CFSTR("org.example.Viewer"),
+                                                                   nullptr, nullptr, &found)));
+    std::printf("%ld ", static_cast<long>(LSGetApplicationForURL(page, kLSRolesAll, nullptr, &preferred)));
+    std::printf("%ld ", static_cast<long>(LSOpenURLsWithRole(list, kLSRolesViewer, nullptr, nullptr, nullptr, 0)));
+    std::printf("%ld ", static_cast<long>(LSOpenCFURLRef(page, &launched)));
+    std::printf("%ld ",
+                static_cast<long>(LSCopyDisplayNameForURL(page, &name))); // which a file has without an application
     std::printf("%d %d", CVLaunchesThroughPortal(), CVFinishLaunches(1));
     const bool consistent = name && !found == !preferred && !found == !launched;
     for (const CFTypeRef object : {CFTypeRef(found), CFTypeRef(preferred), CFTypeRef(launched), CFTypeRef(name),
