@@ -2,11 +2,11 @@
 //
 // What QMessageBox::about shows, with the contents of the information dialog; made in the same way
 // but without waiting in it.
-#include <QApplication>
 #include <QIcon>
 #include <QMessageBox>
 
 #include "bench/windows/Peer.h"
+#include "bench/windows/QtLoop.h"
 
 namespace {
 
@@ -16,11 +16,7 @@ QMessageBox* g_window;
 
 void OpenDialog()
 {
-    static int count = 1;
-    static char name[] = "peer";
-    static char* words[] = {name, nullptr};
-    static QApplication& application = *new QApplication(count, words);
-    application.setQuitOnLastWindowClosed(false);
+    StartQt();
     const QString text =
         QString::fromUtf8("<b>%1</b><p>%2<p>%3<p><a href=\"https://www.corvane.example/\">Web site</a>")
             .arg(kPeerTitle, kPeerVersion, QString::fromUtf8(kPeerNotice));

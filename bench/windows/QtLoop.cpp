@@ -1,10 +1,22 @@
 // bench/windows/QtLoop.cpp
 //
-// Qt's event loop, run for a while.
+// Qt's application, and its event loop run for a while.
+#include "bench/windows/QtLoop.h"
+
+#include <QApplication>
 #include <QEventLoop>
 #include <QTimer>
 
 #include "bench/windows/Peer.h"
+
+void StartQt()
+{
+    static int count = 1;
+    static char name[] = "peer";
+    static char* words[] = {name, nullptr};
+    static QApplication& application = *new QApplication(count, words);
+    application.setQuitOnLastWindowClosed(false);
+}
 
 void RunLoop(double seconds)
 {

@@ -1,13 +1,13 @@
 // bench/windows/QtWindow.cpp
 //
 // The dialog in Qt.
-#include <QApplication>
 #include <QCheckBox>
 #include <QDialog>
 #include <QLabel>
 #include <QPushButton>
 
 #include "bench/windows/Peer.h"
+#include "bench/windows/QtLoop.h"
 
 namespace {
 
@@ -31,11 +31,7 @@ void AddLabel(const char* text, const PeerPlace& place, bool bold)
 
 void OpenDialog()
 {
-    static int count = 1;
-    static char name[] = "peer";
-    static char* words[] = {name, nullptr};
-    static QApplication& application = *new QApplication(count, words);
-    application.setQuitOnLastWindowClosed(false);
+    StartQt();
     g_window = new QDialog;
     g_window->setWindowTitle(kPeerTitle);
     g_window->resize(kPeerWidth, kPeerHeight);

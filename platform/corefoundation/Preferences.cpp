@@ -63,7 +63,7 @@ std::optional<Name> Which(CFStringRef given, CFStringRef anyName, CFStringRef cu
 {
     if (given == anyName)
         return Name::Any;
-    if (given == currentName || Is(given, currentName))
+    if (Is(given, currentName))
         return Name::Current;
     return Is(given, anyName) ? std::optional<Name>(Name::Any) : std::nullopt;
 }

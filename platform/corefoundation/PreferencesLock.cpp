@@ -2,7 +2,6 @@
 //
 // The lock file and what it records.
 #include "platform/corefoundation/PreferencesLock.h"
-#include "platform/base/Forever.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -15,6 +14,8 @@
 #include <thread>
 #include <type_traits>
 #include <vector>
+
+#include "platform/base/Forever.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 // Choosing and opening the desktop. The X11 one is a module of its own, so that a process that
 // never shows a window never loads what it stands on.
 #include "platform/desktop/Desktop.h"
-#include "platform/base/Forever.h"
 
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/base/Forever.h"
 #include "platform/desktop/Module.h"
 #include "platform/desktop/headless/Headless.h"
 

@@ -3,12 +3,12 @@
 // Loads with everything bound at once: a host that brings libraries of its own, older or stripped,
 // shows here and not in the middle of drawing.
 #include "platform/desktop/Module.h"
-#include "platform/base/Forever.h"
 
 #include <dlfcn.h>
 
 #include <mutex>
 
+#include "platform/base/Forever.h"
 #include "platform/base/Guard.h"
 #include <CVPlatform/CVPlatform.h>
 

@@ -55,6 +55,20 @@ WindowRef InfoDialog::Use(CTestManager& manager, bool hideKnobOption, WindowRef 
     return window;
 }
 
+WindowRef InfoDialog::UseAndClearTheBox(CTestManager& manager)
+{
+    manager.SetDragVertical(true);
+    manager.stored.clear();
+    const WindowRef window = Use(manager);
+    if (!window)
+        return nullptr;
+    const ControlRef box = ControlOf(window, 'KNOB');
+    EXPECT_EQ(GetControl32BitValue(box), 1);
+    Hands::Click(box);
+    EXPECT_TRUE(Hands::Until([box] { return GetControl32BitValue(box) == 0; }));
+    return window;
+}
+
 WindowRef InfoDialog::MakeParent()
 {
     const Rect bounds = {100, 100, 400, 500};

@@ -70,6 +70,8 @@ protected:
     static WindowRef Open(CTestManager& manager, bool hideKnobOption = false, WindowRef parent = nullptr);
     /// Opens it and waits until it can be used.
     static WindowRef Use(CTestManager& manager, bool hideKnobOption = false, WindowRef parent = nullptr);
+    /// Opens it where knobs follow up and down drags, and takes the tick out of its box.
+    static WindowRef UseAndClearTheBox(CTestManager& manager);
     static WindowRef MakeParent();
     static WindowModality ModalityOf(WindowRef window, WindowRef& parent);
     /// Serves the windows; answers whether so many ends came, and no more.

@@ -41,14 +41,8 @@ TEST_F(InfoDialog, WithAParentTheKnobWindowIsModalToItAndSetsTheBit)
 TEST_F(InfoDialog, CancelDropsAChangeOfTheBox)
 {
     CTestManager manager;
-    manager.SetDragVertical(true);
-    manager.stored.clear();
-    const WindowRef window = Use(manager);
+    const WindowRef window = UseAndClearTheBox(manager);
     ASSERT_TRUE(window);
-    const ControlRef box = ControlOf(window, 'KNOB');
-    EXPECT_EQ(GetControl32BitValue(box), 1);
-    Hands::Click(box);
-    EXPECT_TRUE(Hands::Until([box] { return GetControl32BitValue(box) == 0; }));
     Hands::Click(ControlOf(window, 'CLOS', 1));
     EXPECT_TRUE(Ended(1));
     EXPECT_FALSE(IsValidWindowPtr(window));
@@ -60,13 +54,8 @@ TEST_F(InfoDialog, CancelDropsAChangeOfTheBox)
 TEST_F(InfoDialog, OkStoresAChangeOfTheBox)
 {
     CTestManager manager;
-    manager.SetDragVertical(true);
-    manager.stored.clear();
-    const WindowRef window = Use(manager);
+    const WindowRef window = UseAndClearTheBox(manager);
     ASSERT_TRUE(window);
-    const ControlRef box = ControlOf(window, 'KNOB');
-    Hands::Click(box);
-    EXPECT_TRUE(Hands::Until([box] { return GetControl32BitValue(box) == 0; }));
     Hands::Click(ControlOf(window, 'CLOS', 0));
     EXPECT_TRUE(Ended(1));
     EXPECT_FALSE(manager.KnobsDragVertical());

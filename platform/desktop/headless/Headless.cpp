@@ -3,12 +3,12 @@
 // Surfaces without pixels, input out of a queue. The keyboard goes to the surface that was shown or
 // selected last, as window managers have it.
 #include "platform/desktop/headless/Headless.h"
-#include "platform/base/Forever.h"
 
 #include <algorithm>
 #include <chrono>
 
 #include "platform/base/Clock.h"
+#include "platform/base/Forever.h"
 
 CHeadlessDesktop& HeadlessDesktop()
 {

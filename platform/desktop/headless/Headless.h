@@ -36,10 +36,11 @@ public:
     void Wake() noexcept override;
     int Descriptor() override { return -1; }
 
+    /// Answers the input as that of the menu that is open over its place, if there is one. Any thread.
+    PointerInput OverMenu(const PointerInput& input) const;
+
     // Posting, from any thread. What names a surface that is gone by then is dropped.
     using Input = std::function<void(IInputSink&)>;
-    /// Answers the input as that of the menu that is open over its place, if there is one.
-    PointerInput OverMenu(const PointerInput& input) const;
     void Post(Input input);
     /// Posts an input for whichever surface has the keyboard by then.
     void PostToFocus(std::function<void(IInputSink&, SurfaceId)> input);

@@ -3,13 +3,13 @@
 // Timers by the time when they are due. A repeating one that comes late does not catch up: the
 // times that passed meanwhile are left out.
 #include "platform/hitoolbox/events/Timers.h"
-#include "platform/base/Forever.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
 
 #include "platform/base/Clock.h"
+#include "platform/base/Forever.h"
 #include "platform/base/Guard.h"
 #include "platform/hitoolbox/events/Loop.h"
 #include "platform/hitoolbox/events/LoopRecord.h"

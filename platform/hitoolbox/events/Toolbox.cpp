@@ -3,9 +3,10 @@
 // The layout of references: a 1 in the lowest bit (so that no address passes for one), the target
 // bit, the slot's index, the slot's generation.
 #include "platform/hitoolbox/events/Toolbox.h"
-#include "platform/base/Forever.h"
 
 #include <new>
+
+#include "platform/base/Forever.h"
 
 namespace {
 

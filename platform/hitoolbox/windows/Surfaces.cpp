@@ -2,11 +2,11 @@
 //
 // Compares what a window wants with what its surface shows and tells the desktop the difference.
 #include "platform/hitoolbox/windows/Surfaces.h"
-#include "platform/base/Forever.h"
 
 #include <atomic>
 #include <cmath>
 
+#include "platform/base/Forever.h"
 #include "platform/base/Guard.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/hitoolbox/events/Loop.h"

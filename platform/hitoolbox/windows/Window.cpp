@@ -2,10 +2,10 @@
 //
 // Windows: their life, order and modality.
 #include "platform/hitoolbox/windows/Window.h"
-#include "platform/base/Forever.h"
 
 #include <algorithm>
 
+#include "platform/base/Forever.h"
 #include "platform/base/Guard.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/hitoolbox/events/Loop.h"

@@ -70,6 +70,11 @@ protected:
         m_screen.Tap('c', {kControl});
         ASSERT_TRUE(Owns("CLIPBOARD"));
     }
+    void Paste(OSType signature) const
+    {
+        FocusOn(m_dialog.Control(signature));
+        m_screen.Tap('v', {kControl});
+    }
     bool Becomes(OSType signature, const std::string& text) const
     {
         return ServeUntil([&] { return m_dialog.Text(signature) == text; });
@@ -103,16 +108,14 @@ TEST_F(Selections, OtherProgramsTextIsPasted)
 {
     std::optional<CProgram> owner;
     Offer(owner, "clipboard", "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82 \xE2\x82\xAC");
-    FocusOn(m_dialog.Control('EDIT'));
-    m_screen.Tap('v', {kControl});
+    Paste('EDIT');
     EXPECT_TRUE(Becomes('EDIT', "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82 \xE2\x82\xAC"));
 }
 
 TEST_F(Selections, OwnTextIsPastedWithoutAnybodysHelp)
 {
     Copy('EDIT', "own");
-    FocusOn(m_dialog.Control('MULT'));
-    m_screen.Tap('v', {kControl});
+    Paste('MULT');
     EXPECT_TRUE(Becomes('MULT', "own"));
 }
 
@@ -146,8 +149,7 @@ TEST_F(Selections, LongTextsComeInInParts)
     const std::string text = LongText();
     std::optional<CProgram> owner;
     Offer(owner, "clipboard", text);
-    FocusOn(m_dialog.Control('EDIT'));
-    m_screen.Tap('v', {kControl});
+    Paste('EDIT');
     EXPECT_TRUE(Becomes('EDIT', text));
 }
 
@@ -156,8 +158,7 @@ TEST_F(Selections, OtherProgramTakesTheClipboardOver)
     Copy('EDIT', "mine");
     std::optional<CProgram> owner;
     Offer(owner, "clipboard", "theirs");
-    FocusOn(m_dialog.Control('MULT'));
-    m_screen.Tap('v', {kControl});
+    Paste('MULT');
     EXPECT_TRUE(Becomes('MULT', "theirs"));
 }
 
@@ -169,8 +170,7 @@ TEST_F(Selections, OwnerThatNeverAnswersIsGivenUp)
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
     xcb_set_selection_owner(m_screen.Connection(), mute, m_screen.Atom("CLIPBOARD"), XCB_CURRENT_TIME);
     m_screen.Sync();
-    FocusOn(m_dialog.Control('EDIT'));
-    m_screen.Tap('v', {kControl});
+    Paste('EDIT');
     m_screen.Tap('x');
     ASSERT_TRUE(Becomes('EDIT', "x")) << "typing waits for the clipboard";
     std::optional<CProgram> owner;
@@ -187,8 +187,7 @@ TEST_F(Selections, OwnerThatIsGoneHasNoText)
         Offer(owner, "clipboard", "gone");
     }
     ASSERT_TRUE(Owns("CLIPBOARD", false));
-    FocusOn(m_dialog.Control('EDIT'));
-    m_screen.Tap('v', {kControl});
+    Paste('EDIT');
     m_screen.Tap('x');
     EXPECT_TRUE(Becomes('EDIT', "x"));
 }
