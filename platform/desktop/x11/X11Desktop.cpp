@@ -24,13 +24,6 @@ constexpr std::uint32_t kRootEvents = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT
 constexpr int kLargestSide = 16384;
 constexpr double kClockDrift = 5; ///< Seconds after which the server's clock is taken anew.
 
-PixelRect Within(const PixelRect& part, int width, int height)
-{
-    const int left = std::clamp(part.x, 0, width), top = std::clamp(part.y, 0, height);
-    return {left, top, std::clamp(part.x + part.width, left, width) - left,
-            std::clamp(part.y + part.height, top, height) - top};
-}
-
 PixelRect United(const PixelRect& one, const PixelRect& other)
 {
     if (one.width <= 0 || one.height <= 0)
@@ -117,6 +110,7 @@ void CX11Desktop::DestroySurface(SurfaceId id)
     Surface* const surface = Find(id);
     if (!surface)
         return;
+    DropBackground(*surface);
     xcb_destroy_window(m_connection->Get(), surface->window);
     m_windows.erase(surface->window);
     m_surfaces.erase(id);
@@ -206,7 +200,7 @@ void CX11Desktop::ResizeSurface(SurfaceId id, int width, int height)
         return;
     surface->width = width;
     surface->height = height;
-    surface->pictured = false;
+    DropBackground(*surface);
     SetSizeHints(*surface);
     const std::uint32_t size[] = {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
     xcb_configure_window(m_connection->Get(), surface->window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
@@ -243,71 +237,6 @@ void CX11Desktop::SetCursor(SurfaceId id, CursorShape shape)
     const std::uint32_t cursor[] = {CursorOf(shape)};
     xcb_change_window_attributes(m_connection->Get(), surface->window, XCB_CW_CURSOR, cursor);
     m_connection->Flush();
-}
-
-void CX11Desktop::Upload(xcb_drawable_t target, const PixelBuffer& picture, const PixelRect& part)
-{
-    const std::size_t row = static_cast<std::size_t>(part.width) * 4;
-    constexpr std::size_t kHeader = 64;
-    const std::size_t rowsAtOnce = std::max<std::size_t>((m_connection->LongestRequest() - kHeader) / row, 1);
-    std::vector<std::uint8_t> packed;
-    for (int done = 0; done < part.height;) {
-        const int rows = std::min(part.height - done, static_cast<int>(std::min<std::size_t>(rowsAtOnce, 16384)));
-        const std::uint8_t* source = picture.bytes + static_cast<std::size_t>(part.y + done) * picture.stride +
-                                     static_cast<std::size_t>(part.x) * 4;
-        if (row != picture.stride) {
-            packed.resize(row * static_cast<std::size_t>(rows));
-            for (int line = 0; line < rows; ++line)
-                std::memcpy(packed.data() + static_cast<std::size_t>(line) * row,
-                            source + static_cast<std::size_t>(line) * picture.stride, row);
-            source = packed.data();
-        }
-        xcb_put_image(m_connection->Get(), XCB_IMAGE_FORMAT_Z_PIXMAP, target, m_connection->Gc(),
-                      static_cast<std::uint16_t>(part.width), static_cast<std::uint16_t>(rows),
-                      static_cast<std::int16_t>(part.x), static_cast<std::int16_t>(part.y + done), 0,
-                      m_connection->Depth(), static_cast<std::uint32_t>(row * static_cast<std::size_t>(rows)), source);
-        done += rows;
-    }
-}
-
-bool CX11Desktop::Present(SurfaceId id, const PixelBuffer& picture, const PixelRect& damage)
-{
-    const CQuietPipe quiet;
-    Surface* const surface = Find(id);
-    if (!surface)
-        return false;
-    if (!IsAlive())
-        return true;
-    const int width = std::min(picture.width, surface->width), height = std::min(picture.height, surface->height);
-    xcb_connection_t* const display = m_connection->Get();
-    if (!surface->mapped) {
-        // What is drawn before the window is on the screen would be lost. As the window's background
-        // the server itself paints it, in the moment in which the window appears.
-        const PixelRect all = {0, 0, width, height};
-        const xcb_pixmap_t background = xcb_generate_id(display);
-        xcb_create_pixmap(display, m_connection->Depth(), background, surface->window,
-                          static_cast<std::uint16_t>(surface->width), static_cast<std::uint16_t>(surface->height));
-        Upload(background, picture, all);
-        const std::uint32_t value[] = {background};
-        xcb_change_window_attributes(display, surface->window, XCB_CW_BACK_PIXMAP, value);
-        xcb_free_pixmap(display, background);
-        surface->pictured = true;
-        if (surface->asked) { // it may have appeared already, with the background of before
-            xcb_clear_area(display, 0, surface->window, 0, 0, 0, 0);
-            m_connection->Flush();
-        }
-        return true; // else sent when the window is shown
-    }
-    if (surface->pictured) {
-        constexpr std::uint32_t kNone[] = {XCB_BACK_PIXMAP_NONE};
-        xcb_change_window_attributes(display, surface->window, XCB_CW_BACK_PIXMAP, kNone);
-        surface->pictured = false;
-    }
-    const PixelRect part = Within(damage, width, height);
-    if (part.width > 0 && part.height > 0)
-        Upload(surface->window, picture, part);
-    m_connection->Flush();
-    return true;
 }
 
 void CX11Desktop::OfferText(TextExchange where, std::string_view text)
@@ -585,7 +514,7 @@ void CX11Desktop::TakeFocus(const xcb_focus_in_event_t& event, bool gained)
 void CX11Desktop::TakeExpose(const xcb_expose_event_t& event)
 {
     Surface* const surface = FindWindow(event.window);
-    if (!surface || surface->pictured) // the server has painted it
+    if (!surface || surface->background != XCB_NONE) // the server has painted it
         return;
     surface->exposed = United(surface->exposed, {event.x, event.y, event.width, event.height});
     if (event.count > 0 || !m_sink)
@@ -602,6 +531,7 @@ void CX11Desktop::TakeConfigure(const xcb_configure_notify_event_t& event)
         return;
     surface->width = event.width;
     surface->height = event.height;
+    DropBackground(*surface);
     ++m_delivered;
     if (m_sink)
         m_sink->Resized(surface->id, event.width, event.height);
@@ -622,8 +552,11 @@ void CX11Desktop::TakeMap(const xcb_map_notify_event_t& event)
 
 void CX11Desktop::TakeUnmap(const xcb_unmap_notify_event_t& event)
 {
-    if (Surface* const surface = FindWindow(event.window))
-        surface->mapped = surface->pictured = false;
+    Surface* const surface = FindWindow(event.window);
+    if (!surface)
+        return;
+    surface->mapped = false;
+    DropBackground(*surface);
 }
 
 void CX11Desktop::TakeDestroy(const xcb_destroy_notify_event_t& event)

@@ -53,10 +53,10 @@ private:
         bool mapping = false;     ///< On its way to the screen.
         bool mapped = false;      ///< Is on the screen, as the server says.
         bool withdrawing = false; ///< Hidden, and the manager has not let go of it yet.
-        bool pictured = false;    ///< Its picture of before it was mapped is its background.
         bool selectWhenMapped = false;
         CursorShape cursor = CursorShape::Arrow;
-        PixelRect exposed = {}; ///< Gathered until the last of a series.
+        xcb_pixmap_t background = XCB_NONE; ///< Its picture while it is not on the screen, which the server paints.
+        PixelRect exposed = {};             ///< Gathered until the last of a series.
     };
 
     Surface* Find(SurfaceId surface);
@@ -112,7 +112,14 @@ private:
     PointerInput PointerAt(SurfaceId surface, double x, double y, std::uint16_t state, xcb_timestamp_t time);
     /// The server's time as one of the event clock.
     double TimeOf(xcb_timestamp_t time);
+
+    // Presenting.cpp
     void Upload(xcb_drawable_t target, const PixelBuffer& picture, const PixelRect& part);
+    /// Answers a new pixmap with a picture.
+    xcb_pixmap_t UploadWhole(const Surface& surface, const PixelBuffer& picture);
+    /// Whoever draws the window is asked for its picture from now on.
+    void DropBackground(Surface& surface);
+
     xcb_cursor_t CursorOf(CursorShape shape);
 
     const std::unique_ptr<CConnection> m_connection;

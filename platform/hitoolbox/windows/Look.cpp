@@ -496,16 +496,20 @@ CanvasRect Look::ExtentOf(const ControlView& control)
     return BoundsOf(control).Inset(-kExtentMargin);
 }
 
+bool Look::TellsActivity(const ControlView& control)
+{
+    return control.focused || control.isDefault;
+}
+
 bool Look::IsAlike(const ControlView& one, const ControlView& other)
 {
     const Rect &a = one.bounds, &b = other.bounds;
-    return one.reference == other.reference && one.kind == other.kind && a.top == b.top && a.left == b.left &&
-           a.bottom == b.bottom && a.right == b.right && one.text == other.text && one.font == other.font &&
-           one.justification == other.justification && SameColour(one.textColor, other.textColor) &&
-           one.enabled == other.enabled && one.hovered == other.hovered && one.pressed == other.pressed &&
-           one.focused == other.focused && one.isDefault == other.isDefault && one.value == other.value &&
-           one.minimum == other.minimum && one.maximum == other.maximum && one.concealed == other.concealed &&
-           one.singleLine == other.singleLine && one.locked == other.locked &&
+    return one.kind == other.kind && a.top == b.top && a.left == b.left && a.bottom == b.bottom && a.right == b.right &&
+           one.text == other.text && one.font == other.font && one.justification == other.justification &&
+           SameColour(one.textColor, other.textColor) && one.enabled == other.enabled && one.hovered == other.hovered &&
+           one.pressed == other.pressed && one.focused == other.focused && one.isDefault == other.isDefault &&
+           one.value == other.value && one.minimum == other.minimum && one.maximum == other.maximum &&
+           one.concealed == other.concealed && one.singleLine == other.singleLine && one.locked == other.locked &&
            one.selectionStart == other.selectionStart && one.selectionEnd == other.selectionEnd &&
            one.caret == other.caret && one.scrollX == other.scrollX && one.scrollY == other.scrollY &&
            one.image.Get() == other.image.Get() && one.alpha == other.alpha && one.scaleToFit == other.scaleToFit &&

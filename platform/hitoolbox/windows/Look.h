@@ -16,7 +16,10 @@ void Draw(ICanvas& canvas, const WindowView& window, Appearance appearance, cons
 /// Answers all that drawing a control may touch, its focus ring and shadow included.
 CanvasRect ExtentOf(const ControlView& control);
 
-/// Whether two states of one control look alike.
+/// Whether a control looks different while its window has the keyboard.
+bool TellsActivity(const ControlView& control);
+
+/// Whether two states of one control look alike in a window that has the keyboard, or has it not, both times.
 bool IsAlike(const ControlView& one, const ControlView& other);
 
 } // namespace Look

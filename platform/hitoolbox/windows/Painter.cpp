@@ -10,10 +10,12 @@
 
 namespace {
 
+constexpr int kLargestKept = 1024 * 1024; ///< Pixels of a picture that outlives its window, 4 bytes each.
+
+constexpr std::size_t kMostParts = 8; ///< That a window is drawn anew in.
+
 CanvasRect United(const CanvasRect& one, const CanvasRect& other)
 {
-    if (one.width <= 0)
-        return other;
     const double left = std::min(one.x, other.x), top = std::min(one.y, other.y);
     return {left, top, std::max(one.x + one.width, other.x + other.width) - left,
             std::max(one.y + one.height, other.y + other.height) - top};
@@ -22,22 +24,25 @@ CanvasRect United(const CanvasRect& one, const CanvasRect& other)
 /// Whether only single controls differ; else all is drawn anew.
 bool IsComparable(const WindowView& one, const WindowView& other)
 {
-    return one.active == other.active && one.width == other.width && one.height == other.height &&
-           one.controls.size() == other.controls.size() &&
-           std::equal(one.controls.begin(), one.controls.end(), other.controls.begin(),
-                      [](const ControlView& a, const ControlView& b) { return a.reference == b.reference; });
+    return one.width == other.width && one.height == other.height && one.controls.size() == other.controls.size();
 }
 
-/// What has to be drawn anew, in points; of no width when nothing has.
-CanvasRect DifferenceOf(const WindowView& one, const WindowView& other)
+/// What has to be drawn anew, in points.
+std::vector<CanvasRect> DifferencesOf(const WindowView& one, const WindowView& other)
 {
-    CanvasRect difference = {0, 0, 0, 0};
+    std::vector<CanvasRect> differences;
+    const bool activated = one.active != other.active;
     for (std::size_t index = 0; index < one.controls.size(); ++index) {
         const ControlView &before = one.controls[index], &now = other.controls[index];
-        if (!Look::IsAlike(before, now))
-            difference = United(difference, United(Look::ExtentOf(before), Look::ExtentOf(now)));
+        if (Look::IsAlike(before, now) && !(activated && Look::TellsActivity(now)))
+            continue;
+        const CanvasRect difference = United(Look::ExtentOf(before), Look::ExtentOf(now));
+        if (differences.size() < kMostParts)
+            differences.push_back(difference);
+        else
+            differences.back() = United(differences.back(), difference);
     }
-    return difference;
+    return differences;
 }
 
 PixelRect PixelsOf(const CanvasRect& area, double scale, int width, int height)
@@ -53,7 +58,13 @@ PixelRect PixelsOf(const CanvasRect& area, double scale, int width, int height)
 
 void CPainter::Paint(SurfaceId surface, const WindowView& window, double scale, int width, int height)
 {
-    Shown& shown = m_shown[surface];
+    const auto [place, isNew] = m_shown.try_emplace(surface);
+    Shown& shown = place->second;
+    if (isNew) {
+        std::swap(shown, m_last);
+        shown.whole = true;
+        SetMetrics(&m_drawing.MetricsAt(scale)); // clicks into texts land where these are drawn
+    }
     const Appearance appearance = m_desktop.CurrentAppearance();
     const unsigned fonts = m_drawing.FontGeneration();
     const bool sameCanvas = shown.canvas && shown.scale == scale && shown.width == width && shown.height == height;
@@ -64,19 +75,22 @@ void CPainter::Paint(SurfaceId surface, const WindowView& window, double scale, 
         return;
     }
     if (shown.scale != scale)
-        SetMetrics(&m_drawing.MetricsAt(scale)); // clicks into texts land where these are drawn
+        SetMetrics(&m_drawing.MetricsAt(scale));
     const CanvasRect all = {0, 0, width / scale, height / scale};
     const bool comparable =
         sameCanvas && shown.appearance == appearance && shown.fonts == fonts && IsComparable(shown.window, window);
-    const CanvasRect damage = comparable ? DifferenceOf(shown.window, window) : all;
-    if (damage.width > 0) {
+    const std::vector<CanvasRect> damages =
+        comparable ? DifferencesOf(shown.window, window) : std::vector<CanvasRect>{all};
+    for (const CanvasRect& damage : damages) {
         shown.canvas->PushClip(damage);
         Look::Draw(*shown.canvas, window, appearance, damage);
         shown.canvas->PopClip();
     }
-    const PixelRect part = PixelsOf(shown.whole ? all : damage, scale, width, height);
-    if (part.width > 0 && part.height > 0)
-        (void)m_desktop.Present(surface, shown.canvas->Pixels(), part); // gone meanwhile: nothing to show it on
+    for (const CanvasRect& damage : shown.whole ? std::vector<CanvasRect>{all} : damages) {
+        const PixelRect part = PixelsOf(damage, scale, width, height);
+        if (part.width > 0 && part.height > 0)
+            (void)m_desktop.Present(surface, shown.canvas->Pixels(), part); // gone meanwhile: nothing to show it on
+    }
     shown.window = window;
     shown.scale = scale;
     shown.width = width;
@@ -95,7 +109,12 @@ void CPainter::Invalidate(SurfaceId surface)
 
 void CPainter::Forget(SurfaceId surface)
 {
-    m_shown.erase(surface);
+    const auto found = m_shown.find(surface);
+    if (found == m_shown.end())
+        return;
+    if (found->second.width * found->second.height <= kLargestKept)
+        m_last = std::move(found->second);
+    m_shown.erase(found);
 }
 
 bool SavePicture(IDrawing& drawing, const WindowView& window, double scale, Appearance appearance,

@@ -33,6 +33,7 @@ private:
     IDesktop& m_desktop;
     IDrawing& m_drawing;
     std::unordered_map<SurfaceId, Shown> m_shown;
+    Shown m_last; ///< Of the surface that was forgotten last: the same dialog opened again is drawn already.
 };
 
 /// Draws a window into a PNG file.
