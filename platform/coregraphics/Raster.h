@@ -32,3 +32,13 @@ constexpr bool IsSizeAllowed(std::int64_t width, std::int64_t height)
     return width > 0 && height > 0 && width <= kMaxSide && height <= kMaxSide &&
            static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) <= kMaxPixels;
 }
+
+/// Answers the pixel of a colour that is not premultiplied; each part 0 to 255.
+constexpr std::uint32_t PremultipliedPixel(std::uint32_t alpha, std::uint32_t red, std::uint32_t green,
+                                           std::uint32_t blue)
+{
+    const auto scaled = [alpha](std::uint32_t part) {
+        return (part * alpha + 127) / 255;
+    };
+    return alpha << 24U | scaled(red) << 16U | scaled(green) << 8U | scaled(blue);
+}

@@ -1,7 +1,7 @@
 // platform/quicktime/PictCompressed.cpp
 //
-// Placement, then an image description, then the file. Raw pixels are read here, image files by
-// the decoder that was given.
+// Placement, then an image description, then the image. Plain pixels and runs of pixels are read
+// here, image files by the decoder that was given.
 #include "platform/quicktime/PictCompressed.h"
 
 #include <cmath>
@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t kDescriptionSize = 86;
 constexpr std::uint32_t kRawCodec = 0x72617720; // 'raw '
+constexpr std::uint32_t kRunCodec = 0x726C6520; // 'rle ', the one form of pixels with alpha
 
 /// Translation and scaling; anything else is not supported.
 struct Placement {
@@ -92,23 +93,91 @@ ImageData ReadImage(CByteReader& reader)
     return image;
 }
 
-std::optional<Raster> DecodeRaw(const ImageData& image)
+/// Answers the raster for an image of whole pixels of 24 or 32 bits, all transparent.
+std::optional<Raster> RasterFor(const ImageData& image, std::uint64_t mostPixels)
+{
+    const std::size_t count = static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height);
+    if ((image.depth != 24 && image.depth != 32) || !IsSizeAllowed(image.width, image.height) || count > mostPixels)
+        return std::nullopt;
+    return Raster{image.width, image.height, std::vector<std::uint32_t>(count)};
+}
+
+std::optional<Raster> DecodeRaw(const ImageData& image, std::uint64_t mostPixels)
 {
     const std::size_t pixelSize = image.depth / 8;
-    if ((image.depth != 24 && image.depth != 32) || !IsSizeAllowed(image.width, image.height))
+    std::optional<Raster> pixels = RasterFor(image, mostPixels);
+    if (!pixels || image.bytes.size / pixelSize < pixels->argb.size())
         return std::nullopt;
-    Raster pixels;
-    pixels.width = image.width;
-    pixels.height = image.height;
-    const std::size_t count = static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height);
-    if (image.bytes.size / pixelSize < count)
-        return std::nullopt;
-    pixels.argb.resize(count);
     const std::uint8_t* from = image.bytes.data + (pixelSize - 3);
-    for (std::uint32_t& pixel : pixels.argb) {
-        pixel = 0xFF000000U | static_cast<std::uint32_t>(from[0]) << 16U | static_cast<std::uint32_t>(from[1]) << 8U |
-                from[2];
+    for (std::uint32_t& pixel : pixels->argb) {
+        pixel = PremultipliedPixel(0xFF, from[0], from[1], from[2]);
         from += pixelSize;
+    }
+    return pixels;
+}
+
+/// Reads a pixel of 3 bytes, or of 4 with alpha before a colour that is not premultiplied.
+std::uint32_t ReadPixel(CByteReader& reader, unsigned depth)
+{
+    const std::uint32_t alpha = depth == 32 ? reader.U8() : 0xFF;
+    const Bytes rgb = reader.Take(3);
+    if (rgb.size == 0)
+        return 0;
+    return PremultipliedPixel(alpha, rgb.data[0], rgb.data[1], rgb.data[2]);
+}
+
+/// Reads a row of runs from `x` on: counts of pixels that follow, negative for one pixel repeated,
+/// 0 before another step to the right, -1 at the end.
+/// @return false for what is cut off or leaves the row.
+bool ReadRunRow(CByteReader& reader, unsigned depth, std::uint32_t* row, int x, int width)
+{
+    while (x >= 0 && !reader.Failed()) {
+        const int count = static_cast<std::int8_t>(reader.U8());
+        if (count == -1)
+            return true;
+        if (count == 0) {
+            x += reader.U8() - 1;
+            continue;
+        }
+        const int pixels = std::abs(count);
+        if (pixels > width - x)
+            break;
+        std::uint32_t pixel = 0;
+        for (int done = 0; done < pixels; ++done) {
+            if (count > 0 || done == 0)
+                pixel = ReadPixel(reader, depth);
+            row[x++] = pixel;
+        }
+    }
+    return false;
+}
+
+/// Reads runs of pixels: the size of all in 4 bytes, flags in 2, of which one says that the first
+/// row and the number of rows follow, then the rows, each behind a step to the right in a byte, one
+/// more than the pixels; 0 ends the image. What no run covers is transparent.
+std::optional<Raster> DecodeRuns(const ImageData& image, std::uint64_t mostPixels)
+{
+    constexpr unsigned kHasRows = 8;
+    std::optional<Raster> pixels = RasterFor(image, mostPixels);
+    if (!pixels)
+        return std::nullopt;
+    CByteReader reader(image.bytes);
+    reader.Skip(4);
+    int top = 0, rows = image.height;
+    if ((reader.U16() & kHasRows) != 0) {
+        top = reader.U16();
+        reader.Skip(2);
+        rows = reader.U16();
+        reader.Skip(2);
+    }
+    const int bottom = std::min(top + rows, image.height);
+    for (int y = top; y < bottom; ++y) {
+        const int step = reader.U8();
+        if (step == 0 && !reader.Failed())
+            break;
+        const std::size_t first = static_cast<std::size_t>(y) * static_cast<std::size_t>(image.width);
+        if (!ReadRunRow(reader, image.depth, &pixels->argb[first], step - 1, image.width))
+            return std::nullopt;
     }
     return pixels;
 }
@@ -165,8 +234,10 @@ CompressedResult DrawCompressed(Bytes data, CPictCanvas& canvas, const PictInks&
     result.destination = placement.Of(source);
     if (reader.Failed() || !placement.isSupported || (maskSize != 0 && !mask))
         return result;
-    const std::optional<Raster> pixels =
-        image.codec == kRawCodec ? DecodeRaw(image) : decodeImage(image.bytes, std::min(canvas.WorkLeft(), kMaxPixels));
+    const std::uint64_t mostPixels = std::min(canvas.WorkLeft(), kMaxPixels);
+    const std::optional<Raster> pixels = image.codec == kRawCodec   ? DecodeRaw(image, mostPixels)
+                                         : image.codec == kRunCodec ? DecodeRuns(image, mostPixels)
+                                                                    : decodeImage(image.bytes, mostPixels);
     if (!pixels || !canvas.Spend(pixels->argb.size()))
         return result;
     CRasterPainter painter(*pixels, mode, inks);

@@ -144,6 +144,49 @@ TEST(PictCompressed, RawPixels)
     EXPECT_EQ(Draw(image.Make() + PaintLast()), "...#\n...#\n") << "cut off: not drawn";
 }
 
+TEST(PictCompressed, RunsOfPixels)
+{
+    CompressedMaker image;
+    image.codec = "rle ";
+    image.source = {0, 0, 2, 4};
+    image.width = 4;
+    const auto rows = [&](const std::string& bytes, const std::string& flags = std::string(2, '\0')) {
+        image.data = std::string(4, '\0') + flags + bytes;
+        return Draw(image.Make());
+    };
+    const std::string red("\xFF\0\0", 3), blue("\0\0\xFF", 3), end = "\xFF", all = "\xFC";
+    EXPECT_EQ(rows("\1" + all + red + end + "\1\4" + blue + blue + red + red + end), "rrrr\nbbrr\n");
+    EXPECT_EQ(rows("\3\2" + red + blue + end + "\1\1" + red + std::string("\0\3", 2) + "\1" + blue + end),
+              "  rb\nr  b\n")
+        << "steps leave pixels out";
+    EXPECT_EQ(rows("\1" + all + red + end, std::string("\0\10\0\1\0\0\0\1\0\0", 10)), "    \nrrrr\n")
+        << "the second row alone";
+    EXPECT_EQ(rows("\1" + all + red + end + std::string(1, '\0')), "rrrr\n    \n") << "an early end";
+    image.depth = 32;
+    const std::string clear(4, '\0'), solid = "\xFF" + red;
+    EXPECT_EQ(rows("\1\xFE" + clear + "\xFE" + solid + end + "\1" + all + solid + end), "  rr\nrrrr\n");
+}
+
+TEST(PictCompressed, RunsThatLeaveTheirRowOrAreCutOffAreNotDrawn)
+{
+    CompressedMaker image;
+    image.codec = "rle ";
+    const std::string head(6, '\0'), red("\xFF\0\0", 3), row = "\1\xFE" + red + "\xFF";
+    const auto drawn = [&](const std::string& data) {
+        image.data = data;
+        return Draw(image.Make() + PaintLast());
+    };
+    ASSERT_EQ(drawn(head + row + row), "rr.#\nrr.#\n");
+    const std::string whole = head + row + row;
+    for (std::size_t size = 0; size < whole.size(); ++size)
+        EXPECT_EQ(drawn(whole.substr(0, size)), "...#\n...#\n") << size << " bytes";
+    EXPECT_EQ(drawn(head + "\1\xFD" + red + "\xFF" + row), "...#\n...#\n") << "three pixels in a row of two";
+    EXPECT_EQ(drawn(head + "\4\1" + red + "\xFF" + row), "...#\n...#\n") << "begins beside the row";
+    EXPECT_EQ(drawn(head + "\1\x80" + row), "...#\n...#\n") << "the longest run";
+    EXPECT_EQ(drawn(std::string("\0\0\0\0\0\10\xFF\xFF\0\0\xFF\xFF\0\0", 14) + row), "  .#\n  .#\n")
+        << "rows below the image";
+}
+
 TEST(PictCompressed, NewStandInIsSkippedWhetherTheImageWasReadOrNot)
 {
     EXPECT_EQ(Draw(Red().Make() + PenStandIn() + PaintLast()), "rr.#\nrr.#\n");

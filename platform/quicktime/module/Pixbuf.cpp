@@ -46,15 +46,6 @@ bool Load(GdkPixbufLoader* loader, Bytes file, const Limit& limit)
     return isGood && isClosed && !limit.isRefused;
 }
 
-std::uint32_t Premultiplied(const guchar* from, bool hasAlpha)
-{
-    const std::uint32_t alpha = hasAlpha ? from[3] : 255;
-    std::uint32_t pixel = alpha;
-    for (int channel = 0; channel < 3; ++channel)
-        pixel = (pixel << 8U) | (from[channel] * alpha + 127) / 255;
-    return pixel;
-}
-
 void CopyPixels(const GdkPixbuf* picture, Raster& pixels)
 {
     pixels.width = gdk_pixbuf_get_width(picture);
@@ -68,7 +59,7 @@ void CopyPixels(const GdkPixbuf* picture, Raster& pixels)
     for (std::size_t y = 0; y < static_cast<std::size_t>(pixels.height); ++y) {
         const guchar* from = bytes + y * stride;
         for (int x = 0; x < pixels.width; ++x, from += channels)
-            *to++ = Premultiplied(from, hasAlpha);
+            *to++ = PremultipliedPixel(hasAlpha ? from[3] : 255, from[0], from[1], from[2]);
     }
 }
 
