@@ -3,8 +3,6 @@
 // URLs after RFC 3986, and file URLs: their paths, and reading what they name.
 #include "platform/corefoundation/Url.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,13 +12,14 @@
 #include <vector>
 
 #include "platform/base/Guard.h"
+#include "platform/base/RegularFile.h"
 #include "platform/base/Text.h"
 #include "platform/corefoundation/Value.h"
 
 namespace {
 
 constexpr std::string_view kFilePrefix = "file://localhost";
-constexpr off_t kMostResourceBytes = off_t{1} << 30U;
+constexpr std::uint64_t kMostResourceBytes = std::uint64_t{1} << 30U;
 
 bool IsAlpha(char byte)
 {
@@ -239,6 +238,8 @@ std::optional<std::string> CopyWorkingFolder()
 SInt32 ErrorOfErrno(int error)
 {
     switch (error) {
+    case 0:
+        return 0;
     case ENOENT:
     case ENOTDIR:
         return kCFURLResourceNotFoundError;
@@ -248,35 +249,6 @@ SInt32 ErrorOfErrno(int error)
     default:
         return kCFURLUnknownError;
     }
-}
-
-// Reads a regular file whole; anything else could block or never end.
-SInt32 ReadFile(const std::string& path, std::vector<UInt8>& bytes)
-{
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0)
-        return ErrorOfErrno(errno);
-    struct Closer {
-        int descriptor;
-        ~Closer() { close(descriptor); }
-    } const closer{descriptor};
-    struct stat status = {};
-    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > kMostResourceBytes)
-        return kCFURLUnknownError;
-    bytes.resize(static_cast<std::size_t>(status.st_size));
-    std::size_t have = 0;
-    while (have < bytes.size()) {
-        const ssize_t count = read(descriptor, bytes.data() + have, bytes.size() - have);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return ErrorOfErrno(errno);
-        if (count == 0)
-            break; // it was cut off meanwhile
-        have += static_cast<std::size_t>(count);
-    }
-    bytes.resize(have);
-    return 0;
 }
 
 } // namespace
@@ -497,7 +469,7 @@ Boolean CFURLCreateDataAndPropertiesFromResource(CFAllocatorRef, CFURLRef url, C
         if (!path)
             return kCFURLUnknownSchemeError;
         std::vector<UInt8> bytes;
-        const SInt32 failure = ReadFile(*path, bytes);
+        const SInt32 failure = ErrorOfErrno(ReadRegularFile(*path, kMostResourceBytes, bytes));
         if (failure == 0 && resourceData)
             *resourceData = new __CFData(std::move(bytes));
         return failure;

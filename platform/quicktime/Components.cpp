@@ -1,16 +1,13 @@
 // platform/quicktime/Components.cpp
 //
 // The importers that programs hold: handles, and the files behind them.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <map>
 #include <mutex>
 #include <string>
 
 #include "platform/base/Guard.h"
+#include "platform/base/RegularFile.h"
 #include "platform/coregraphics/Image.h"
 #include "platform/files/Files.h"
 #include "platform/quicktime/Importer.h"
@@ -18,44 +15,7 @@
 
 namespace {
 
-constexpr off_t kLargestFile = off_t(1) << 28;
-
-class CDescriptor {
-public:
-    // Without waiting: a pipe may stand where a file is looked for.
-    explicit CDescriptor(const std::string& path) : m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
-    {
-    }
-    ~CDescriptor()
-    {
-        if (m_descriptor >= 0)
-            close(m_descriptor);
-    }
-    CDescriptor(const CDescriptor&) = delete;
-    CDescriptor& operator=(const CDescriptor&) = delete;
-
-    /// Answers the size of a regular file; -1 for what is none or cannot be read.
-    off_t Size() const
-    {
-        struct stat status = {};
-        return m_descriptor >= 0 && fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
-    }
-    bool Read(std::vector<std::uint8_t>& bytes) const
-    {
-        for (std::size_t at = 0; at < bytes.size();) {
-            const ssize_t count = read(m_descriptor, bytes.data() + at, bytes.size() - at);
-            if (count < 0 && errno == EINTR)
-                continue;
-            if (count <= 0)
-                return false;
-            at += static_cast<std::size_t>(count);
-        }
-        return true;
-    }
-
-private:
-    int m_descriptor;
-};
+constexpr std::uint64_t kLargestFile = std::uint64_t(1) << 28U;
 
 /// A handle is a number, never an address, so that a stale one is recognised.
 class CImporterTable {
@@ -117,7 +77,8 @@ OSErr GetGraphicsImporterForFile(const FSSpec* theFile, ComponentInstance* gi)
         return paramErr;
     return Guarded<OSErr>(memFullErr, [&]() -> OSErr {
         const auto path = PathOfSpec(*theFile);
-        if (!path || CDescriptor(*path).Size() < 0)
+        std::uint64_t size = 0;
+        if (!path || !OpenRegularFile(*path, size))
             return fnfErr;
         *gi = g_importers.Open(*path);
         return noErr;
@@ -133,15 +94,9 @@ ComponentResult GraphicsImportCreateCGImage(GraphicsImportComponent ci, CGImageR
         const auto path = g_importers.PathOf(ci);
         if (!path)
             return badComponentInstance;
-        const CDescriptor file(*path);
-        const off_t size = file.Size();
-        if (size < 0)
-            return fnfErr;
-        if (size > kLargestFile)
-            return codecBadDataErr;
-        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
-        if (!file.Read(bytes))
-            return fnfErr;
+        std::vector<std::uint8_t> bytes;
+        if (const int error = ReadRegularFile(*path, kLargestFile, bytes))
+            return error == EFBIG ? ComponentResult(codecBadDataErr) : ComponentResult(fnfErr);
         auto picture = ImportPicture({bytes.data(), bytes.size()});
         if (!picture)
             return codecBadDataErr;

@@ -2,10 +2,9 @@
 //
 // Nib references, and windows made of what a nib says.
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
 #include "platform/base/Guard.h"
+#include "platform/base/RegularFile.h"
 #include "platform/corefoundation/Bundle.h"
 #include "platform/hitoolbox/nib/NibReader.h"
 #include "platform/hitoolbox/windows/ControlCalls.h"
@@ -23,25 +22,13 @@ public:
     const NibDocument document;
 };
 
-std::optional<std::string> ReadBounded(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::string bytes;
-    char block[65536];
-    while (file && bytes.size() <= kMaximumNibBytes) {
-        (void)file.read(block, sizeof block); // a short read ends the loop
-        bytes.append(block, static_cast<std::size_t>(file.gcount()));
-    }
-    return file.eof() ? std::optional<std::string>(std::move(bytes)) : std::nullopt;
-}
-
 OSStatus OpenNib(const std::string& folder, IBNibRef* outNibRef)
 {
-    const auto bytes = folder.empty() ? std::nullopt : ReadBounded(folder + "/objects.xib");
-    if (!bytes)
+    std::vector<std::uint8_t> bytes;
+    if (folder.empty() || ReadRegularFile(folder + "/objects.xib", kMaximumNibBytes, bytes) != 0)
         return kIBCarbonRuntimeCantFindNibFile;
     NibProblem problem;
-    auto document = ReadNib(*bytes, problem);
+    auto document = ReadNib({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, problem);
     if (!document)
         return kIBCarbonRuntimeCantFindNibFile;
     const auto nib = CRef<CNib>::Adopt(new CNib(std::move(*document)));
