@@ -232,6 +232,19 @@ TEST(Picture, ChangeBeforeTheWindowIsSeenIsSeenWithIt)
     });
 }
 
+TEST(Picture, DialogOpenedAgainShowsWhatItIsNow)
+{
+    OnScreen(Nothing, [](const CScreen& screen, const CDialog& dialog) {
+        dialog.SetText('EDIT', 0, "before");
+        ExpectShows(screen, dialog.Window(), 1, false);
+        DisposeWindow(dialog.Window());
+        ASSERT_TRUE(ServeUntil([&] { return screen.Find("Dialog").empty(); }));
+        const CDialog again(Stand::OnScreen);
+        SetControl32BitValue(again.Control('KNOB'), 1);
+        ExpectShows(screen, again.Window(), 1, false);
+    });
+}
+
 TEST(Picture, IsWholeAgainBehindOtherWindows)
 {
     OnScreen(Nothing, [](const CScreen& screen, const CDialog& dialog) {
