@@ -476,6 +476,7 @@ void DisposeControl(ControlRef theControl)
         const auto gone = Flatten(*control);
         const CRef<CControl> held = Detach(*control);
         std::vector<CRef<CControl>> owners; // so that a deep tree is not destroyed by recursion
+        owners.reserve(gone.size());
         for (CControl* const one : gone)
             owners.push_back(CRef<CControl>::Share(one));
         for (CControl* const one : gone) {

@@ -27,14 +27,14 @@ public:
     std::size_t OffsetAt(std::string_view text, double x, double y) const override
     {
         std::size_t at = 0;
-        for (double bottom = 1; bottom <= y && at < text.size(); ++bottom) {
+        for (int line = 0; line + 1 <= y && at < text.size(); ++line) {
             const std::size_t end = LineEnd(text, at);
             if (end == text.size())
                 break; // below the last line
             at = end + LineBreakLength(text, end);
         }
         const std::size_t end = LineEnd(text, at);
-        for (double column = 0; at < end && column + 0.5 <= x; ++column)
+        for (int column = 0; at < end && column + 0.5 <= x; ++column)
             at = NextGrapheme(text, at);
         return at;
     }

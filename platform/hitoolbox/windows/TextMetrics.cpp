@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cmath>
 
+#include "platform/base/Forever.h"
 #include "platform/base/Text.h"
 
 namespace {
@@ -85,9 +86,9 @@ std::atomic<const ITextMetrics*> g_metrics{nullptr};
 
 const ITextMetrics& Metrics() noexcept
 {
-    static const auto& fixed = *new CFixedMetrics;
+    static CForever<CFixedMetrics> fixed;
     const ITextMetrics* const metrics = g_metrics.load();
-    return metrics ? *metrics : fixed;
+    return metrics ? *metrics : *fixed;
 }
 
 void SetMetrics(const ITextMetrics* metrics) noexcept
