@@ -38,6 +38,13 @@ private:
     int m_descriptor;
 };
 
+/// Answers whether this process can open `count` descriptors more. GLib ends the process when it gets
+/// none, and fonts that could not be read then stay away: both are begun only with some to spare.
+bool HasSpareDescriptors(int count);
+
+/// More than a library needs to begin.
+constexpr int kDescriptorsToBegin = 24;
+
 /// Makes a system call again for as long as a signal breaks it off.
 template <typename Call>
 auto Uninterrupted(Call&& call) noexcept

@@ -8,6 +8,7 @@
 
 #include <mutex>
 
+#include "platform/base/Descriptor.h"
 #include "platform/base/Forever.h"
 #include "platform/base/Guard.h"
 #include <CVPlatform/CVPlatform.h>
@@ -31,14 +32,19 @@ Loaded& TheModule()
 // A failure is tried again: what is missing may be installed while the host runs.
 void* Load(Loaded& loaded)
 {
+    if (!HasSpareDescriptors(kDescriptorsToBegin)) { // whoever looks for a name is about to begin with it
+        loaded.problem = "too few file descriptors are left";
+        return nullptr;
+    }
+    loaded.problem.clear();
     if (loaded.code)
         return loaded.code;
     const char* const library = CVGetLibraryPath();
     const std::string path(library ? library : "");
     const std::string file = path.substr(0, path.rfind('/') + 1) + kFile;
     loaded.code = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-    const char* const problem = loaded.code ? nullptr : dlerror();
-    loaded.problem = problem ? problem : "";
+    if (const char* const problem = loaded.code ? nullptr : dlerror())
+        loaded.problem = problem;
     return loaded.code;
 }
 

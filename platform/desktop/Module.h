@@ -9,9 +9,10 @@
 namespace Module {
 
 /// Answers what the module exports under a name, loading it at the first call; null when it cannot
-/// be loaded or lacks the name. It stays loaded: threads and sources of its libraries may remain.
+/// be loaded or lacks the name, and where descriptors are too short to begin with it. It stays
+/// loaded: threads and sources of its libraries may remain.
 void* Find(const char* name) noexcept;
-/// Answers why it cannot be loaded, as the loader says it; empty while nothing is known against it.
+/// Answers why the last call found nothing, as the loader says it; empty while nothing is known against it.
 std::string Problem();
 
 } // namespace Module

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <optional>
 
+#include "platform/base/Descriptor.h"
 #include "platform/base/Guard.h"
 #include "platform/corefoundation/Collections.h"
 #include "platform/corefoundation/Url.h"
@@ -56,9 +57,12 @@ ILauncher* LoadedLauncher()
     return g_launcher;
 }
 
-// Null on a machine without GLib; that is looked at anew each time, for it may be installed.
+// Null on a machine without GLib and where descriptors are short; that is looked at anew each time,
+// for things may change.
 ILauncher* Launcher()
 {
+    if (!HasSpareDescriptors(kDescriptorsToBegin))
+        return nullptr;
     if (ILauncher* const known = LoadedLauncher())
         return known;
     ILauncher* const loaded = LoadLauncher(); // not under the lock: initialisers of GLib run in here

@@ -210,8 +210,11 @@ bool Windows::EnsureDesktop()
     if (!Loop::IsCurrent())
         return false;
     Loop::SetAfterWork(Surfaces::SyncAndPaint);
+    const bool seen = !Desktop::IsHeadless(); // in memory nobody looks, and texts measure the same everywhere
+    if (seen && !Screen::OpenDrawing())
+        return false; // a desktop that opened without would stay empty for good
     IDesktop* const desktop = Desktop::Open(InputSink());
-    if (desktop && !Desktop::IsHeadless()) // in memory nobody looks, and texts measure the same everywhere
+    if (desktop && seen)
         Screen::ShowOn(*desktop);
     return desktop != nullptr;
 }
