@@ -28,14 +28,8 @@ public:
         m_ref = nullptr;
         return ref;
     }
-    /// Where a call may write a reference for this to own; what was held is released first.
-    Ref* Receive()
-    {
-        if (m_ref)
-            CFRelease(m_ref);
-        m_ref = nullptr;
-        return &m_ref;
-    }
+    /// Where a call may write a reference for this to own; only while nothing is held.
+    Ref* Receive() { return &m_ref; }
 
 private:
     Ref m_ref;

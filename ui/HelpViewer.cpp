@@ -29,7 +29,7 @@ CFStringRef GetPageName(CFDictionaryRef map, unsigned int topic)
     if (!key || !CFDictionaryContainsKey(map, key.Get()))
         return nullptr;
     const CFTypeRef value = CFDictionaryGetValue(map, key.Get());
-    const bool isText = value && CFGetTypeID(value) == CFStringGetTypeID();
+    const bool isText = CFGetTypeID(value) == CFStringGetTypeID();
     return isText ? static_cast<CFStringRef>(value) : nullptr;
 }
 

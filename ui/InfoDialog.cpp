@@ -67,7 +67,7 @@ WindowRef CBaseProductManager::CreateInfoDialog()
         return nullptr;
     IBNibRef nib = nullptr;
     const CFStringRef name = (infoDialogOptions & kKnobOption) ? CFSTR("InfoKnob") : CFSTR("Info");
-    if (CreateNibReferenceWithCFBundle(bundle, name, &nib) != noErr || !nib)
+    if (CreateNibReferenceWithCFBundle(bundle, name, &nib) != noErr)
         return nullptr;
     WindowRef window = nullptr;
     if (CreateWindowFromNib(nib, CFSTR("InfoDialog"), &window) != noErr)

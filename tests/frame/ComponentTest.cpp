@@ -105,6 +105,7 @@ TEST_F(Component, TranslatesNothing)
               "T\xC3\xA9xt");
     EXPECT_EQ(TextOf(Own(Manager().TranslateCommonCFString(kEffectLangButton, "Key", nullptr)).get()), "Key");
     EXPECT_EQ(Manager().TranslateCommonCFString(kEffectLangButton, "Key", "\xFF"), nullptr);
+    EXPECT_EQ(Manager().TranslateCommonCFString(kEffectLangButton, nullptr, nullptr), nullptr);
 }
 
 TEST_F(Component, InitAlwaysSucceedsAndMayBeCalledAgain)

@@ -9,6 +9,7 @@
 #include "frame/BuildNumber.h"
 #include "frame/ProductManager.h"
 #include "tests/support/Owner.h"
+#include <CVPlatform/CVPlatform.h>
 
 namespace {
 
@@ -85,6 +86,13 @@ TEST(HelpFolder, IsNotCutInsideACharacter)
     EXPECT_EQ(std::string(manager.helpFolder), longName.substr(0, 258));
 }
 
+TEST(HelpFolder, ThatNeverBeginsACharacterIsEmpty)
+{
+    CProbe manager;
+    (void)manager.Init(nullptr, std::string(300, '\xA9').c_str());
+    EXPECT_STREQ(manager.helpFolder, "");
+}
+
 TEST(HelpFolder, NullKeepsTheEarlierOne)
 {
     CProbe manager;
@@ -152,6 +160,22 @@ TEST(LinkedIntoTheProgram, TheComponentNeverFindsItsBundle)
     EXPECT_STREQ(buffer, "as it was");
     EXPECT_EQ(manager.Init(nullptr, nullptr), 1);
     EXPECT_EQ(manager.bundle, nullptr);
+}
+
+TEST(LinkedIntoTheProgram, TheComponentHasNoHelpToOpen)
+{
+    int launches = 0;
+    CVSetLaunchHandler(
+        [](CFURLRef, CFURLRef, void* count) -> OSStatus {
+            ++*static_cast<int*>(count);
+            return noErr;
+        },
+        &launches);
+    CProbe manager;
+    (void)manager.Init(nullptr, "Quillets/VST");
+    manager.OpenHelp(nullptr, 300);
+    CVSetLaunchHandler(nullptr, nullptr);
+    EXPECT_EQ(launches, 0);
 }
 
 TEST(LinkedIntoTheProgram, TheInitialisersHaveRun)

@@ -13,12 +13,16 @@ public:
 
 } // namespace
 
-/// Answers by how much the retain count of the bundle that Init opened has fallen when the object
-/// is gone; -1 where Init opened none. `meanwhile` is called between the two.
-extern "C" __attribute__((visibility("default"))) long ReleasesOfDestructor(void (*meanwhile)(void*), void* context)
+/// Answers by how much the retain count of the bundle that Init opened, or of the one at `other`,
+/// has fallen when the object is gone; -1 where none was opened. `meanwhile` is called between the two.
+extern "C" __attribute__((visibility("default"))) long ReleasesOfDestructor(const char* other, void (*meanwhile)(void*),
+                                                                            void* context)
 {
     CProbe* const manager = new CProbe;
-    (void)manager->Init(nullptr, nullptr);
+    if (other)
+        manager->bundle = CProbe::OpenBundle(other);
+    else
+        (void)manager->Init(nullptr, nullptr);
     const CFBundleRef bundle = manager->bundle;
     if (!bundle) {
         delete manager;

@@ -20,14 +20,16 @@ std::string CopyBundle(const std::string& bundle)
     return bundle;
 }
 
-long ReleasesOf(const std::string& bundle, std::function<void()> meanwhile = {})
+long ReleasesOf(const std::string& bundle, std::function<void()> meanwhile = {}, const char* other = nullptr)
 {
     void* const code = dlopen((bundle + "/Contents/MacOS/code").c_str(), RTLD_NOW | RTLD_LOCAL);
     EXPECT_NE(code, nullptr) << dlerror();
     if (!code)
         return -2;
-    const auto ask = reinterpret_cast<long (*)(void (*)(void*), void*)>(dlsym(code, "ReleasesOfDestructor"));
+    const auto ask =
+        reinterpret_cast<long (*)(const char*, void (*)(void*), void*)>(dlsym(code, "ReleasesOfDestructor"));
     const long released = ask(
+        other,
         [](void* context) {
             const auto& work = *static_cast<std::function<void()>*>(context);
             if (work)
@@ -93,6 +95,13 @@ TEST(OwnBundle, IsKeptWhenTheFolderAroundItIsMovedMeanwhile)
     const CTemporaryFolder folder;
     const std::string bundle = CopyBundle(folder / "old/Own.bundle");
     EXPECT_EQ(ReleasesOf(bundle, [&] { std::filesystem::rename(folder / "old", folder / "new"); }), 0);
+}
+
+TEST(OwnBundle, IsTheOnlyOneThatIsKept)
+{
+    const CTemporaryFolder folder;
+    const std::string other = CopyBundle(folder / "Other.bundle");
+    EXPECT_EQ(ReleasesOf(CopyBundle(folder / "Own.bundle"), {}, other.c_str()), 1);
 }
 
 // Init keeps at most 258 bytes of the path, so it opens nothing here; nothing else goes wrong.

@@ -46,12 +46,17 @@ public:
             onTranslate();
         return CProductManager::TranslateCommon(type, key, text);
     }
+    OSStatus AttachDialogEvents(WindowRef window, EventHandlerProcPtr handler, EventHandlerParams* params) override
+    {
+        return attachStatus == noErr ? CProductManager::AttachDialogEvents(window, handler, params) : attachStatus;
+    }
 
     WindowRef helpWindow = nullptr;
     std::vector<unsigned> helpTopics;
     int visits = 0;
     std::vector<std::string> stored;
     std::function<void()> onTranslate;
+    OSStatus attachStatus = noErr;
 };
 
 /// How often an 'iend' event came to the application's target in the test that runs.

@@ -5,10 +5,27 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <new>
 #include <regex>
 #include <thread>
 
 #include "tests/ui/InfoDialogFixture.h"
+
+namespace {
+
+bool g_recordFails = false;
+
+} // namespace
+
+// Stands before the library's own; only the dialog asks in this way.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    try {
+        return g_recordFails ? nullptr : ::operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 
 namespace {
 
@@ -132,6 +149,50 @@ TEST_F(InfoDialog, DeadRecordsPassEventsOn)
     EXPECT_EQ(CBaseProductManager::LogoControlHandler(nullptr, event, &dead), eventNotHandledErr);
     EXPECT_EQ(g_ends, 0);
     ReleaseEvent(event);
+}
+
+TEST_F(InfoDialog, HandlersPassOnWhatIsNotTheirs)
+{
+    CTestManager manager;
+    EventHandlerParams params = {};
+    params.owner = &manager;
+    const struct {
+        UInt32 eventClass, kind;
+    } events[] = {{kEventClassControl, 99},                               // no kind of theirs
+                  {kEventClassCommand, kEventCommandProcess},             // without a command
+                  {kEventClassControl, kEventControlTrackingAreaExited}}; // a dialog without a logo
+    for (const auto& each : events) {
+        EventRef event = nullptr;
+        ASSERT_EQ(CreateEvent(nullptr, each.eventClass, each.kind, 0, kEventAttributeNone, &event), noErr);
+        EXPECT_EQ(CBaseProductManager::InfoDialogHandler(nullptr, event, &params), eventNotHandledErr) << each.kind;
+        EXPECT_EQ(CBaseProductManager::LogoControlHandler(nullptr, event, &params), eventNotHandledErr) << each.kind;
+        ReleaseEvent(event);
+    }
+    EXPECT_EQ(params.owner, &manager);
+    EXPECT_EQ(manager.visits, 0);
+    EXPECT_EQ(g_ends, 0);
+}
+
+TEST_F(InfoDialog, WithoutMemoryForItsRecordDoesNotStay)
+{
+    CTestManager manager;
+    g_recordFails = true;
+    EXPECT_EQ(Open(manager), nullptr);
+    g_recordFails = false;
+    EXPECT_EQ(CountWindows(), m_before);
+    EXPECT_EQ(g_ends, 0) << "it never began";
+    const WindowRef window = Open(manager);
+    EXPECT_TRUE(window);
+    DisposeWindow(window);
+}
+
+TEST_F(InfoDialog, WithoutItsHandlerDoesNotStay)
+{
+    CTestManager manager;
+    manager.attachStatus = paramErr;
+    EXPECT_EQ(Open(manager), nullptr);
+    EXPECT_EQ(CountWindows(), m_before);
+    EXPECT_EQ(g_ends, 0) << "it never began";
 }
 
 TEST_F(InfoDialog, UnknownCommandsTravelOn)
