@@ -183,6 +183,8 @@ bool DialogOpensAndEnds()
 
 TEST_P(MemoryFault, WhileTheBundleIsLoaded)
 {
+    if (CV_COUNTS)
+        GTEST_SKIP() << "code that counts takes memory of its own when it is unloaded";
     const auto nothing = [] {
     };
     const auto use = [] {
@@ -220,10 +222,10 @@ TEST_P(MemoryFault, WhileASettingIsStored)
 
 TEST_P(MemoryFault, WhileASettingIsRead)
 {
-    ASSERT_TRUE(SetKey("Common", "Key", "value"));
+    ASSERT_TRUE(SetKey("Other", "Key", "value")); // not what is read already when the bundle is loaded
     const auto read = [] {
         char value[10] = "as";
-        const bool found = Manager().GetRegistryKey("Common", "Key", value, sizeof value);
+        const bool found = Manager().GetRegistryKey("Other", "Key", value, sizeof value);
         return found ? std::string(value) == "value" : (std::string(value) == "as" ? false : throw 1);
     };
     EXPECT_GT(TryEach({[] { (void)Manager(); }, read, read}, GetParam()), 5);
