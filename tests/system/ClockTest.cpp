@@ -147,6 +147,25 @@ TEST_F(ClockSetBack, ChangesOfOthersAreSeen)
     }
 }
 
+TEST_F(ClockSetBack, AStampOfTheFutureIsNotTrusted)
+{
+    WriteXml(MachineFile(), "<key>Key</key><string>00</string>");
+    Write("aa");
+    struct stat before = {};
+    ASSERT_EQ(stat(MachineFile().c_str(), &before), 0);
+    SetBack(kHour);
+    EXPECT_EQ(GetKey("Common", "Key"), "aa");
+    // An hour later, when the same moment has come again.
+    AwaitTick();
+    Write("bb");
+    struct stat after = {};
+    ASSERT_EQ(Real<int(const char*, struct stat*)>("stat")(MachineFile().c_str(), &after), 0);
+    g_settings.push_back({Count(after.st_ctim), Count(before.st_ctim) - Count(after.st_ctim)});
+    ASSERT_EQ(stat(MachineFile().c_str(), &after), 0);
+    ASSERT_EQ(Count(after.st_ctim), Count(before.st_ctim));
+    EXPECT_EQ(GetKey("Common", "Key"), "bb");
+}
+
 TEST_F(ClockSetBack, SettingsAreStoredAndLocksAreWaitedFor)
 {
     g_eachTime = kHour;

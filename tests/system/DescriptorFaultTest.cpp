@@ -9,12 +9,15 @@
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <string_view>
+#include <thread>
 
 #include "tests/support/PreferencesSupport.h"
 #if CV_MODULES
@@ -103,6 +106,17 @@ void ReadKey()
     EXPECT_TRUE(g_read != "(none)" || std::string_view(value) == "as it was") << value;
 }
 
+// What was changed within a tick of the clock is read again in any case.
+void AwaitTickOf(const std::string& file)
+{
+    constexpr auto kTick = std::chrono::milliseconds(50);
+    struct stat status = {};
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    const auto changed = std::chrono::seconds(status.st_ctim.tv_sec) + std::chrono::nanoseconds(status.st_ctim.tv_nsec);
+    std::this_thread::sleep_until(std::chrono::system_clock::time_point(
+        std::chrono::duration_cast<std::chrono::system_clock::duration>(changed + kTick)));
+}
+
 bool g_shown = false;
 std::string g_picture;
 
@@ -179,6 +193,7 @@ TEST_F(DescriptorFault, WhileASettingIsReadThatHasChanged)
         ReadKey();
         EXPECT_EQ(g_read, "old");
         WriteXml(MachineFile(), "<key>Key</key><string>new</string>"); // and no more from now on
+        AwaitTickOf(MachineFile());
     };
     const auto check = [](bool) {
         WriteXml(MachineFile(), "<key>Key</key><string>old</string>");

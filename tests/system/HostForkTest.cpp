@@ -3,6 +3,7 @@
 // A host forks while another of its threads is writing a setting, once at each step of the write. The
 // child has a copy of everything the writer holds, and nobody who will ever give it back.
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -113,7 +114,23 @@ int rename(const char* from, const char* to)
 
 namespace {
 
-class HostFork : public CPreferencesTest {};
+class HostFork : public CPreferencesTest {
+protected:
+    /// A child that writes a key of its own, with `ends` only when the parent has closed the pipe.
+    static pid_t StartChild(const char* key, const int* ends = nullptr)
+    {
+        const pid_t child = fork();
+        if (child != 0)
+            return child;
+        alarm(30);
+        char nothing = 0;
+        if (ends) {
+            close(ends[1]);
+            (void)!read(ends[0], &nothing, 1);
+        }
+        _exit(SetKey("Common", key, "own") ? 0 : 1);
+    }
+};
 
 TEST_F(HostFork, InMidWriteHarmsNeitherTheChildNorTheWrite)
 {
@@ -144,20 +161,23 @@ TEST_F(HostFork, InMidWriteHarmsNeitherTheChildNorTheWrite)
                   }),
                   0)
             << "step " << steps;
-        // One that writes itself, and has to wait for the writer.
-        const pid_t child = fork();
-        if (child == 0) {
-            alarm(30);
-            _exit(SetKey("Common", "Child's", "own") ? 0 : 1);
-        }
+        // One that writes itself and has to wait for the writer, and one that nobody holds up any more.
+        int ends[2];
+        ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        const pid_t children[] = {StartChild("Child's"), StartChild("Later child's", ends)};
         g_step.LetGo();
         writer.join();
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0) << "step " << steps;
+        close(ends[0]);
+        close(ends[1]);
+        for (const pid_t child : children) {
+            int status = 0;
+            ASSERT_EQ(waitpid(child, &status, 0), child);
+            EXPECT_EQ(status, 0) << "step " << steps;
+        }
         EXPECT_TRUE(saved) << "step " << steps;
         EXPECT_EQ(GetKey("Common", "Parent's"), "new") << "step " << steps;
         EXPECT_EQ(GetKey("Common", "Child's"), "own") << "step " << steps;
+        EXPECT_NE(ReadFile(MachineFile()).find("Later child's"), std::string::npos) << "step " << steps;
         EXPECT_EQ(GetKey("Common", "Kept"), kept) << "step " << steps;
         EXPECT_EQ(NamesIn(std::filesystem::path(MachineFile()).parent_path()).size(), 2U) << "the file and its lock";
     }
