@@ -60,8 +60,8 @@ namespace {
 
 IProductManager& Manager()
 {
-    static auto& manager = *(new CLoadedBundle())->Manager();
-    return manager;
+    static const CLoadedBundle& bundle = *new CLoadedBundle;
+    return *bundle.Manager();
 }
 
 class DisplayFault : public CPreferencesTest {
