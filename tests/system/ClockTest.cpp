@@ -22,6 +22,13 @@ namespace {
 constexpr std::int64_t kSecond = 1'000'000'000;
 constexpr std::int64_t kHour = 3600 * kSecond;
 
+// The system's names of the calls below; 32-bit programs with large files and times have others.
+constexpr bool kOtherNames = sizeof(void*) == 4;
+constexpr const char* kClockGetTime = kOtherNames ? "__clock_gettime64" : "clock_gettime";
+constexpr const char* kStat = kOtherNames ? "__stat64_time64" : "stat";
+constexpr const char* kLStat = kOtherNames ? "__lstat64_time64" : "lstat";
+constexpr const char* kFStat = kOtherNames ? "__fstat64_time64" : "fstat";
+
 template <typename Function>
 Function* Real(const char* name)
 {
@@ -43,7 +50,7 @@ std::int64_t g_eachTime = 0; // how far the clock goes back whenever somebody lo
 std::int64_t Now(clockid_t clock)
 {
     timespec now = {};
-    (void)Real<int(clockid_t, timespec*)>("clock_gettime")(clock, &now);
+    (void)Real<int(clockid_t, timespec*)>(kClockGetTime)(clock, &now);
     return Count(now);
 }
 
@@ -91,7 +98,7 @@ extern "C" {
 
 int clock_gettime(clockid_t clock, timespec* time)
 {
-    const int result = Real<int(clockid_t, timespec*)>("clock_gettime")(clock, time);
+    const int result = Real<int(clockid_t, timespec*)>(kClockGetTime)(clock, time);
     if (result == 0 && (clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE)) {
         if (g_eachTime != 0)
             SetBack(g_eachTime);
@@ -101,15 +108,15 @@ int clock_gettime(clockid_t clock, timespec* time)
 }
 int stat(const char* path, struct stat* status)
 {
-    return ShiftStamps(Real<int(const char*, struct stat*)>("stat")(path, status), status);
+    return ShiftStamps(Real<int(const char*, struct stat*)>(kStat)(path, status), status);
 }
 int lstat(const char* path, struct stat* status)
 {
-    return ShiftStamps(Real<int(const char*, struct stat*)>("lstat")(path, status), status);
+    return ShiftStamps(Real<int(const char*, struct stat*)>(kLStat)(path, status), status);
 }
 int fstat(int descriptor, struct stat* status)
 {
-    return ShiftStamps(Real<int(int, struct stat*)>("fstat")(descriptor, status), status);
+    return ShiftStamps(Real<int(int, struct stat*)>(kFStat)(descriptor, status), status);
 }
 
 } // extern "C"
@@ -159,7 +166,7 @@ TEST_F(ClockSetBack, AStampOfTheFutureIsNotTrusted)
     AwaitTick();
     Write("bb");
     struct stat after = {};
-    ASSERT_EQ(Real<int(const char*, struct stat*)>("stat")(MachineFile().c_str(), &after), 0);
+    ASSERT_EQ(Real<int(const char*, struct stat*)>(kStat)(MachineFile().c_str(), &after), 0);
     g_settings.push_back({Count(after.st_ctim), Count(before.st_ctim) - Count(after.st_ctim)});
     ASSERT_EQ(stat(MachineFile().c_str(), &after), 0);
     ASSERT_EQ(Count(after.st_ctim), Count(before.st_ctim));

@@ -98,7 +98,8 @@ ssize_t write(int descriptor, const void* bytes, size_t size)
 }
 ssize_t pwrite(int descriptor, const void* bytes, size_t size, off_t at)
 {
-    return Real<ssize_t(int, const void*, size_t, off_t)>("pwrite")(descriptor, bytes, size, at);
+    return Real<ssize_t(int, const void*, size_t, off_t)>(sizeof(void*) == 4 ? "pwrite64" : "pwrite")(descriptor, bytes,
+                                                                                                      size, at);
 }
 int fsync(int descriptor)
 {
