@@ -81,8 +81,10 @@ int TryEach(const Scenario& scenario, const std::function<void(bool worked)>& ch
         EXPECT_TRUE(code == 0 || code == kWorked) << left << " left: " << code;
         if (check)
             check(code == kWorked);
-        if (code == kWorked || left > kMostNeeded || testing::Test::HasFailure())
+        if (code == kWorked || left > kMostNeeded || testing::Test::HasFailure()) {
+            testing::Test::RecordProperty("needed", left);
             return left;
+        }
     }
 }
 

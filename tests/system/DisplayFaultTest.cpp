@@ -280,6 +280,7 @@ TEST_F(DisplayFault, CutAtEachCallLeavesTheHostAlive)
         if (HasFailure())
             break;
     }
+    RecordProperty("calls", calls);
     EXPECT_GT(calls, 10);
 }
 

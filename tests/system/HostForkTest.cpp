@@ -117,6 +117,8 @@ namespace {
 
 class HostFork : public CPreferencesTest {
 protected:
+    /// Tries a write whose folders are there or have to be made.
+    static void ForkAtEachStep(bool folders);
     /// A child that writes a key of its own, with `ends` only when the parent has closed the pipe.
     static pid_t StartChild(const char* key, const int* ends = nullptr)
     {
@@ -133,16 +135,16 @@ protected:
     }
 };
 
-TEST_F(HostFork, InMidWriteHarmsNeitherTheChildNorTheWrite)
+void HostFork::ForkAtEachStep(bool folders)
 {
     int steps = 0;
     for (bool reached = true; reached; ++steps) {
         ASSERT_LT(steps, 200);
         std::filesystem::remove_all(std::filesystem::path(MachineFile()).parent_path());
-        if (steps % 2 == 0) { // with and without folders to be made
+        if (folders) {
             ASSERT_TRUE(SetKey("Common", "Kept", "kept"));
         }
-        const std::string kept = steps % 2 == 0 ? "kept" : "(none)";
+        const std::string kept = folders ? "kept" : "(none)";
 
         bool saved = false;
         g_step.Arm(0);
@@ -182,7 +184,18 @@ TEST_F(HostFork, InMidWriteHarmsNeitherTheChildNorTheWrite)
         EXPECT_EQ(GetKey("Common", "Kept"), kept) << "step " << steps;
         EXPECT_EQ(NamesIn(std::filesystem::path(MachineFile()).parent_path()).size(), 2U) << "the file and its lock";
     }
+    RecordProperty("steps", steps - 1);
     EXPECT_GT(steps, 8);
+}
+
+TEST_F(HostFork, InMidWriteHarmsNeitherTheChildNorTheWrite)
+{
+    ForkAtEachStep(true);
+}
+
+TEST_F(HostFork, WhileFoldersAreMadeHarmsNeitherTheChildNorTheWrite)
+{
+    ForkAtEachStep(false);
 }
 
 } // namespace
