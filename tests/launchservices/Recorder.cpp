@@ -68,7 +68,9 @@ int main(int count, char** words)
     Add('l', getsid(0) == getpid() ? "leads its session" : "in another's session");
     if (access((folder + "/hold").c_str(), F_OK) == 0)
         (void)ReadAll(folder + "/hold");
-    std::ofstream record(folder + "/" + std::to_string(getpid()) + ".record", std::ios::binary);
+    const std::string path = folder + "/" + std::to_string(getpid());
+    std::ofstream record(path, std::ios::binary);
     record << g_record;
-    return record.flush() ? 0 : 1;
+    record.close();
+    return record && std::rename(path.c_str(), (path + ".record").c_str()) == 0 ? 0 : 1; // whole, or not there
 }

@@ -3,16 +3,19 @@
 // The example plug-in in host programs that are not ours: its window opens in theirs, the dialog
 // comes up over it, what is chosen there holds for the next drag, and the host lives on. With
 // CV_PICTURES set, pictures of the screen are written into that folder.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
-#include "tests/support/Support.h"
+#include "tests/launchservices/Viewers.h"
+#include "tests/system/Host.h"
 #include "tests/system/HostScreen.h"
 
 namespace {
 
 constexpr const char* kPlugin = "https://corvane.example/plugins/quillet";
+constexpr const char* kPluginVendor = "Corvane Audio";
 constexpr const char* kPluginTitle = "Corvane Quillet";
 constexpr const char* kDialogTitle = "Corvane Audio Quillets for Mac";
 
@@ -21,6 +24,8 @@ struct Spot {
     int x, y;
 };
 constexpr Spot kLogo = {32, 28};
+constexpr Spot kInfoButton = {231, 28};
+constexpr Spot kHelpButton = {297, 28};
 constexpr Spot kGainKnob = {102, 112};
 constexpr Spot kPlainGround = {6, 130};
 constexpr Spot kArcAtSixDecibels = {125, 85};       // on the gain's ring, half of the way to 12 dB
@@ -36,21 +41,32 @@ class Hosts : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override
     {
-        setenv("XDG_CONFIG_HOME", (m_folder / "settings").c_str(), 1);
-        setenv("XDG_CONFIG_DIRS", (m_folder / "machine").c_str(), 1);
+        setenv("XDG_DATA_DIRS", "/usr/share", 1); // where toolkits have their pictures
         const std::string plugins = m_folder / "lv2";
         std::filesystem::create_directories(plugins);
         std::filesystem::create_directory_symlink(CV_BUILD_DIR "/quillet.lv2", plugins + "/quillet.lv2");
         setenv("LV2_PATH", (plugins + ":/usr/lib/lv2:/usr/lib/x86_64-linux-gnu/lv2").c_str(), 1);
         OpenHost();
     }
-    void TearDown() override { EXPECT_TRUE(m_host->IsRunning()) << m_host->Log(); }
+    void TearDown() override { EXPECT_TRUE(Program().IsRunning()) << Program().Log(); }
 
     void OpenHost()
     {
-        m_host.emplace(std::vector<std::string>{GetParam(), kPlugin});
-        ASSERT_TRUE(WaitFor([this] { return FindPanel(); })) << m_host->Log();
+        m_host.reset(); // first, for two would share settings
+        m_host = StartHost(GetParam(), m_screen, m_folder.Path(), kPlugin, kPluginVendor, kPluginTitle);
+        OpenPanel();
     }
+    void OpenPanel()
+    {
+        m_panel = ScreenWindow();
+        m_steady = 0;
+        ASSERT_TRUE(WaitFor([this] {
+            if (m_screen.Find(kPluginTitle).empty())
+                m_host->ShowPlugin();
+            return FindPanel();
+        })) << Program().Log();
+    }
+    CProgram& Program() { return m_host->Program(); }
     // The innermost window of that name is the plug-in's own: a host that refused the interface shows
     // controls of its own making instead. Answers whether it is there, drawn, and has stood where it
     // stands since the last question: hosts and the window manager move it after it is shown.
@@ -66,23 +82,16 @@ protected:
         m_steady = m_panel.id != 0 && stands ? m_steady + 1 : 0;
         return m_steady >= kSteadyLooks;
     }
-    void CloseHost()
-    {
-        (void)m_host->End();
-        m_panel = ScreenWindow();
-        m_steady = 0;
-    }
-
     bool IsDrawn(const ScreenWindow& window) const
     {
         const unsigned pixel = m_screen.PixelAt(window.x + kPlainGround.x, window.y + kPlainGround.y);
         return pixel > 0x151515 && pixel < 0x303540;
     }
-    ScreenWindow OpenDialog()
+    ScreenWindow OpenDialog(const Spot& button = kLogo)
     {
-        Click(m_panel, kLogo);
+        Click(m_panel, button);
         const auto dialog = m_screen.WaitForWindow(kDialogTitle);
-        EXPECT_TRUE(dialog.has_value()) << m_host->Log();
+        EXPECT_TRUE(dialog.has_value()) << Program().Log();
         return dialog.value_or(ScreenWindow());
     }
     bool WaitForDialogsEnd() const
@@ -92,6 +101,10 @@ protected:
     void Click(const ScreenWindow& window, const Spot& spot) const
     {
         m_screen.Click(window.x + spot.x, window.y + spot.y);
+    }
+    bool HasMapped(const std::string& file)
+    {
+        return ReadFile("/proc/" + std::to_string(Program().Id()) + "/maps").find(file) != std::string::npos;
     }
     // Drags the gain knob a quarter of its way straight upwards.
     void DragUpwards() const
@@ -117,8 +130,9 @@ protected:
     }
 
     CTemporaryFolder m_folder;
-    CHostScreen m_screen;
-    std::optional<CProgram> m_host;
+    CHostScreen m_screen; // first, for its programs want the system's data
+    CViewers m_viewers;
+    std::unique_ptr<IHost> m_host;
     ScreenWindow m_panel;
     int m_steady = 0;
 };
@@ -131,7 +145,7 @@ TEST_P(Hosts, ShowThePluginsOwnWindow)
 
 TEST_P(Hosts, ShowTheDialogOverTheirWindow)
 {
-    const ScreenWindow dialog = OpenDialog();
+    const ScreenWindow dialog = OpenDialog(kInfoButton);
     ASSERT_NE(dialog.id, 0U);
     const xcb_window_t owner = m_screen.PropertyOf(dialog.id, "WM_TRANSIENT_FOR");
     EXPECT_NE(owner, 0U);
@@ -167,8 +181,7 @@ TEST_P(Hosts, TurnKnobsAsTheUserChose)
     EXPECT_TRUE(GainRises());
     Save("turned");
 
-    CloseHost(); // another process of the host finds the choice on disk
-    OpenHost();
+    OpenHost(); // another process of the host finds the choice on disk
     EXPECT_FALSE(IsLit(kArcAtSixDecibels));
     DragUpwards();
     EXPECT_TRUE(GainRises());
@@ -180,16 +193,34 @@ TEST_P(Hosts, CloseWithTheDialogOpenAndOpenAgain)
         const ScreenWindow dialog = OpenDialog();
         ASSERT_NE(dialog.id, 0U);
         m_screen.Close(m_screen.PropertyOf(dialog.id, "WM_TRANSIENT_FOR"));
-        ASSERT_TRUE(WaitFor([this] { return !m_host->IsRunning(); })) << "the host hangs";
-        EXPECT_EQ(m_host->End(), 0) << m_host->Log();
+        if (m_host->OutlivesWindow()) {
+            ASSERT_TRUE(WaitForDialogsEnd());
+            EXPECT_TRUE(WaitFor([this] { return !HasMapped("/quillet_ui.so") && !HasMapped("/MacOS/Quillets"); }));
+            OpenPanel();
+            continue;
+        }
+        ASSERT_TRUE(WaitFor([this] { return !Program().IsRunning(); })) << "the host hangs";
+        EXPECT_EQ(Program().End(), 0) << Program().Log();
         EXPECT_TRUE(m_screen.Find(kDialogTitle).empty());
-        CloseHost();
         OpenHost();
     }
 }
 
+TEST_P(Hosts, OpenThePageThatHelpNames)
+{
+    m_viewers.Install("viewer");
+    m_viewers.MakeDefault("viewer", "text/html");
+    Click(m_panel, kHelpButton);
+    std::vector<Visit> visits;
+    ASSERT_TRUE(WaitFor([&] { return !(visits = m_viewers.TakeVisits()).empty(); })) << Program().Log();
+    ASSERT_EQ(visits.size(), 1U);
+    ASSERT_EQ(visits[0].arguments.size(), 1U);
+    EXPECT_THAT(visits[0].arguments[0], testing::MatchesRegex("file:///.*/Quillets\\.bundle/.*/knobs\\.html"));
+}
+
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Jalv, Hosts, testing::Values("jalv.gtk3", "jalv.qt5"), [](const auto& instance) {
-    return std::string(instance.param) == "jalv.gtk3" ? std::string("Gtk") : std::string("Qt");
+INSTANTIATE_TEST_SUITE_P(, Hosts, testing::Values("jalv.gtk3", "jalv.qt5", "audacity"), [](const auto& instance) {
+    const std::string program = instance.param;
+    return program == "jalv.gtk3" ? "Gtk" : program == "jalv.qt5" ? "Qt" : "Audacity";
 });
