@@ -56,8 +56,11 @@ CWindow::CWindow(xcb_connection_t* connection, double scale, CPanel& panel)
 CWindow::~CWindow()
 {
     if (m_surface) {
+        cairo_device_t* const device = cairo_device_reference(cairo_surface_get_device(m_surface));
         cairo_surface_finish(m_surface);
         cairo_surface_destroy(m_surface);
+        cairo_device_finish(device); // Cairo knows devices by the connection's address, which the next one may get
+        cairo_device_destroy(device);
     }
     if (m_window && !m_gone)
         xcb_destroy_window(m_connection, m_window);
