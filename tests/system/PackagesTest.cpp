@@ -3,60 +3,78 @@
 // The Debian packages: made, held against the policy, and installed and used in a fresh system. The
 // last needs a Debian mirror and says so where there is none.
 #include <gtest/gtest.h>
+#include <sys/file.h>
 
+#include <cstdio>
 #include <filesystem>
 
 #include "tests/support/Support.h"
 
 namespace {
 
+// One folder for all of these tests, each of which may run in a process of its own; what is there
+// already need not be compiled again. One at a time.
+const std::string kBuild = CV_BUILD_DIR "/packages";
+
 class Packages : public testing::Test {
 protected:
-    static void SetUpTestSuite()
+    void SetUp() override
     {
-        s_folder = new CTemporaryFolder;
-        Expect(RunProgram({CV_CMAKE, "-S", CV_SOURCE_DIR, "-B", Build(), "-G", "Ninja",
-                           "-DCMAKE_BUILD_TYPE=RelWithDebInfo", "-DCMAKE_INSTALL_PREFIX=/usr",
-                           "-DCMAKE_CXX_COMPILER=" CV_CXX, "-DCV_TESTS=OFF", "-DCV_EXAMPLES=OFF"}));
-        Expect(RunProgram({CV_CMAKE, "--build", Build(), "-j2"}));
-        Expect(RunProgram({"sh", "-c", "cd '" + Build() + "' && exec cpack -G DEB"}));
-        for (const auto& entry : std::filesystem::directory_iterator(Build())) {
-            if (entry.path().extension() == ".deb")
-                s_packages.push_back(entry.path().string());
-        }
+        std::filesystem::create_directories(kBuild);
+        m_lock = std::fopen((kBuild + "/test.lock").c_str(), "w");
+        ASSERT_NE(m_lock, nullptr);
+        ASSERT_EQ(flock(fileno(m_lock), LOCK_EX), 0);
+        for (const std::string& old : Made())
+            std::filesystem::remove(old);
+        ASSERT_NO_FATAL_FAILURE(Succeed({CV_CMAKE, "-S", CV_SOURCE_DIR, "-B", kBuild, "-G", "Ninja",
+                                         "-DCMAKE_BUILD_TYPE=RelWithDebInfo", "-DCMAKE_INSTALL_PREFIX=/usr",
+                                         "-DCMAKE_CXX_COMPILER=" CV_CXX, "-DCV_TESTS=OFF", "-DCV_EXAMPLES=OFF"}));
+        ASSERT_NO_FATAL_FAILURE(Succeed({CV_CMAKE, "--build", kBuild, "-j2"}));
+        ASSERT_NO_FATAL_FAILURE(Succeed({"sh", "-c", "cd '" + kBuild + "' && exec cpack -G DEB"}));
+        m_packages = Made();
+        ASSERT_EQ(m_packages.size(), 3U);
     }
-    static void TearDownTestSuite()
+    void TearDown() override
     {
-        delete s_folder;
-        s_folder = nullptr;
+        if (m_lock)
+            std::fclose(m_lock);
     }
-    void SetUp() override { ASSERT_EQ(s_packages.size(), 3U); }
 
-    static void Expect(const ProgramResult& result) { EXPECT_EQ(result.code, 0) << result.out << result.err; }
-    static std::string Build() { return *s_folder / "build"; }
-    static std::string Field(const std::string& package, const std::string& field)
+    static void Succeed(const std::vector<std::string>& words)
     {
-        for (const std::string& path : s_packages) {
+        const ProgramResult result = RunProgram(words);
+        ASSERT_EQ(result.code, 0) << result.out << result.err;
+    }
+    static std::vector<std::string> Made()
+    {
+        std::vector<std::string> packages;
+        for (const auto& entry : std::filesystem::directory_iterator(kBuild)) {
+            if (entry.path().extension() == ".deb")
+                packages.push_back(entry.path().string());
+        }
+        return packages;
+    }
+    std::string Field(const std::string& package, const std::string& field) const
+    {
+        for (const std::string& path : m_packages) {
             if (path.find("/" + package + "_") != std::string::npos)
                 return RunProgram({"dpkg-deb", "--field", path, field}).out;
         }
         return "no such package";
     }
 
-    static CTemporaryFolder* s_folder;
-    static std::vector<std::string> s_packages;
+    std::vector<std::string> m_packages;
+
+private:
+    std::FILE* m_lock = nullptr;
 };
 
-CTemporaryFolder* Packages::s_folder = nullptr;
-std::vector<std::string> Packages::s_packages;
-
-TEST_F(Packages, PassLintianWithoutErrors)
+TEST_F(Packages, PassLintian)
 {
-    std::vector<std::string> words = {"lintian", "--fail-on", "error", "--allow-root"};
-    words.insert(words.end(), s_packages.begin(), s_packages.end());
+    std::vector<std::string> words = {"lintian", "--fail-on", "error,warning", "--allow-root"};
+    words.insert(words.end(), m_packages.begin(), m_packages.end());
     const ProgramResult result = RunProgram(words);
     EXPECT_EQ(result.code, 0) << result.out << result.err;
-    EXPECT_EQ(("\n" + result.out).find("\nE: "), std::string::npos) << result.out;
 }
 
 TEST_F(Packages, DependOnWhatTheyNeed)
@@ -73,7 +91,7 @@ TEST_F(Packages, WorkInAFreshSystemAndLeaveIt)
     if (RunProgram({"mmdebstrap", "--simulate", "--variant=apt", "bookworm", "/dev/null"}).code != 0)
         GTEST_SKIP() << "no Debian mirror to make a fresh system from, or no right to";
     std::string copy = "--customize-hook=copy-in ";
-    for (const std::string& package : s_packages)
+    for (const std::string& package : m_packages)
         copy += package + " ";
     const ProgramResult result =
         RunProgram({"mmdebstrap", "--quiet", "--variant=apt",
