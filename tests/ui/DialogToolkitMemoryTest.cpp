@@ -1,118 +1,17 @@
 // tests/ui/DialogToolkitMemoryTest.cpp
 //
-// Windows come and go with plug-ins for as long as a host runs. All memory of this process is
-// counted here as it was asked for, so that what ten thousand windows leave behind is known to the
-// byte: the strings that the toolkit keeps by design, and nothing else.
-#include <gtest/gtest.h>
-
+// Windows come and go with plug-ins for as long as a host runs. What thousands of them, of information
+// dialogs and of visits to the web site leave behind is known to the byte: what the component keeps by
+// design, and nothing else.
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
 #include <cstddef>
-#include <cstring>
 
 #include "frame/BaseProductManager.h"
+#include "tests/support/CountedMemory.h"
 #include "tests/support/Owner.h"
-#include "tests/support/Toolbox.h"
+#include "tests/ui/InfoDialogFixture.h"
 
 #if !CV_SANITIZED // the sanitizers count for themselves
-
-extern "C" void* __libc_memalign(std::size_t alignment, std::size_t size);
-extern "C" void __libc_free(void* memory);
-
-namespace {
-
-std::atomic<long> g_bytes{0};
-std::atomic<long> g_blocks{0};
-
-// Stands in front of every block.
-struct alignas(16) Header {
-    std::size_t size;
-    std::size_t offset; // from the start of what the C library gave
-};
-
-Header& HeaderOf(void* block)
-{
-    return static_cast<Header*>(block)[-1];
-}
-
-void* Allocate(std::size_t alignment, std::size_t size)
-{
-    const std::size_t offset = std::max(alignment, sizeof(Header));
-    char* const start =
-        size < PTRDIFF_MAX - offset ? static_cast<char*>(__libc_memalign(offset, size + offset)) : nullptr;
-    if (!start) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    void* const block = start + offset;
-    HeaderOf(block) = {size, offset};
-    g_bytes += static_cast<long>(size);
-    ++g_blocks;
-    return block;
-}
-
-} // namespace
-
-// The names by which the C library lets a program take its allocator's place.
-#pragma GCC visibility push(default)
-extern "C" {
-
-void* malloc(std::size_t size)
-{
-    return Allocate(0, size);
-}
-
-void free(void* block)
-{
-    if (!block)
-        return;
-    const Header header = HeaderOf(block);
-    g_bytes -= static_cast<long>(header.size);
-    --g_blocks;
-    __libc_free(static_cast<char*>(block) - header.offset);
-}
-
-void* calloc(std::size_t count, std::size_t each)
-{
-    std::size_t size = 0;
-    void* const block = __builtin_mul_overflow(count, each, &size) ? nullptr : Allocate(0, size);
-    return block ? std::memset(block, 0, size) : nullptr;
-}
-
-void* realloc(void* block, std::size_t size)
-{
-    void* const moved = Allocate(0, size);
-    if (!moved || !block)
-        return moved;
-    std::memcpy(moved, block, std::min(size, HeaderOf(block).size));
-    free(block);
-    return moved;
-}
-
-void* memalign(std::size_t alignment, std::size_t size)
-{
-    return Allocate(alignment, size);
-}
-
-void* aligned_alloc(std::size_t alignment, std::size_t size)
-{
-    return Allocate(alignment, size);
-}
-
-int posix_memalign(void** block, std::size_t alignment, std::size_t size)
-{
-    *block = Allocate(alignment, size);
-    return *block ? 0 : ENOMEM;
-}
-
-std::size_t malloc_usable_size(void* block)
-{
-    return block ? HeaderOf(block).size : 0;
-}
-
-} // extern "C"
-#pragma GCC visibility pop
 
 namespace {
 
@@ -120,9 +19,9 @@ using Toolkit = CBaseProductManager;
 
 long BytesOfString(const std::string& text)
 {
-    const long before = g_bytes;
+    const long before = MemoryInUse().bytes;
     const auto string = Own(CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8));
-    return g_bytes - before;
+    return MemoryInUse().bytes - before;
 }
 
 OSStatus PassOn(EventHandlerCallRef, EventRef, void*)
@@ -171,16 +70,100 @@ TEST(DialogToolkitMemory, TenThousandWindowsLeaveTheSettersStringsAndNothingElse
     constexpr int kSetters = 3;
     constexpr int kWindows = 10000;
     long expected = 0;
-    const long bytes = g_bytes;
-    const long blocks = g_blocks;
+    const CountedMemory before = MemoryInUse();
     for (int window = 0; window < kWindows; ++window) {
         const std::string text(static_cast<std::size_t>(window % 40), 'x');
         expected += kSetters * BytesOfString(text);
         ASSERT_NO_FATAL_FAILURE(UseWindow(nib, text));
     }
-    EXPECT_EQ(g_bytes - bytes, expected);
-    EXPECT_EQ(g_blocks - blocks, long{kSetters} * kWindows);
+    const CountedMemory after = MemoryInUse();
+    EXPECT_EQ(after.bytes - before.bytes, expected);
+    EXPECT_EQ(after.blocks - before.blocks, long{kSetters} * kWindows);
     DisposeNibReference(nib);
+}
+
+// What the dialog has set with the toolkit's setters, and would be held of it.
+long BytesOfTexts(WindowRef window)
+{
+    long bytes = 0;
+    for (const OSType text : {'NAME', 'VERS', 'CPRT', 'OPTS'}) {
+        CFStringRef string = nullptr;
+        EXPECT_EQ(GetControlData(ControlOf(window, text), kControlEntireControl, kControlStaticTextCFStringTag,
+                                 sizeof string, &string, nullptr),
+                  noErr);
+        bytes += BytesOfString(TextOf(Own(string).get()));
+    }
+    static constexpr ControlID kTitles[] = {{'KNOB', 0}, {'CLOS', 0}, {'CLOS', 1}, {'HELP', 0}};
+    for (const ControlID& title : kTitles) {
+        CFStringRef string = nullptr;
+        EXPECT_EQ(CopyControlTitleAsCFString(Toolkit::GetControl(window, title), &string), noErr);
+        bytes += BytesOfString(TextOf(Own(string).get()));
+    }
+    return bytes;
+}
+
+TEST_F(InfoDialog, LeavesItsEightTextsAndTheEventOfItsEndAndNothingElse)
+{
+    CTestManager manager;
+    // Whoever is told of the end holds the reference that is left; this host gives it back.
+    std::vector<EventRef> ends;
+    ends.reserve(1);
+    const CListener listener(GetApplicationEventTarget(), {{'cvev', 'iend'}}, [&](EventHandlerCallRef, EventRef end) {
+        ends.push_back(end);
+        return OSStatus(eventNotHandledErr);
+    });
+    const auto openAndClose = [&] {
+        const WindowRef window = Open(manager);
+        const long bytes = window ? BytesOfTexts(window) : 0;
+        DisposeWindow(window);
+        Pump();
+        EXPECT_EQ(ends.size(), 1U);
+        for (const EventRef end : ends) {
+            EXPECT_EQ(GetEventRetainCount(end), 1U);
+            ReleaseEvent(end);
+        }
+        ends.clear();
+        return bytes;
+    };
+    for (int dialog = 0; dialog < 200; ++dialog) // fills what is kept for reuse
+        (void)openAndClose();
+
+    constexpr int kTexts = 8;
+    constexpr int kDialogs = 1000;
+    long expected = 0;
+    const CountedMemory before = MemoryInUse();
+    for (int dialog = 0; dialog < kDialogs; ++dialog)
+        expected += openAndClose();
+    const CountedMemory after = MemoryInUse();
+    EXPECT_EQ(after.bytes - before.bytes, expected);
+    EXPECT_EQ(after.blocks - before.blocks, long{kTexts} * kDialogs);
+    RecordProperty("BytesOfTexts", static_cast<int>(expected / kDialogs));
+}
+
+OSStatus LaunchNothing(CFURLRef, CFURLRef, void*)
+{
+    return noErr;
+}
+
+TEST(SiteVisit, LeavesItsAddressAndNothingElse)
+{
+    CVSetLaunchHandler(LaunchNothing, nullptr);
+    CProductManager manager;
+    IProductManager& product = manager;
+    product.GoToSite();
+    constexpr int kVisits = 1000;
+    const CountedMemory before = MemoryInUse();
+    for (int visit = 0; visit < kVisits; ++visit)
+        product.GoToSite();
+    const CountedMemory after = MemoryInUse();
+    CVSetLaunchHandler(nullptr, nullptr);
+    const long each = (after.bytes - before.bytes) / kVisits;
+    const CFStringRef text = CFSTR("scheme:any"); // a constant, as the site's is
+    const CountedMemory empty = MemoryInUse();
+    const auto address = Own(CFURLCreateWithString(nullptr, text, nullptr));
+    EXPECT_EQ(each, MemoryInUse().bytes - empty.bytes);
+    EXPECT_EQ(after.blocks - before.blocks, kVisits);
+    RecordProperty("BytesOfAddress", static_cast<int>(each));
 }
 
 } // namespace
