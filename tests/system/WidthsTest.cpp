@@ -44,7 +44,7 @@ TEST_F(Widths, EveryKindOfValueSurvivesBoth)
 {
     WriteXml(UserFile("test"),
              "<key>Large</key><integer>-9223372036854775808</integer>"
-             "<key>Larger</key><integer>18446744073709551615</integer>"
+             "<key>Larger</key><integer>9223372036854775807</integer>"
              "<key>Real</key><real>0.1</real><key>Yes</key><true/>"
              "<key>Date</key><date>2040-02-29T12:30:00Z</date><key>Data</key><data>AAEC/w==</data>"
              "<key>List</key><array><string>\xC3\xA9</string><dict><key>a</key><false/></dict></array>");
