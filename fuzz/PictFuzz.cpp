@@ -1,6 +1,8 @@
 // fuzz/PictFuzz.cpp
 //
-// QuickDraw pictures of any bytes. Images inside are one pixel, so that the time goes into ours.
+// QuickDraw pictures of any bytes. Images inside are one pixel, so that the time goes into ours. The
+// same bytes as a file of another format: whether they are all of it.
+#include "platform/quicktime/Completeness.h"
 #include "platform/quicktime/Pict.h"
 
 namespace {
@@ -20,5 +22,6 @@ std::optional<Raster> OnePixel(Bytes file, std::uint64_t mostPixels)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     (void)DecodePict({data, size}, OnePixel);
+    (void)IsCompleteImageFile({data, size});
     return 0;
 }
