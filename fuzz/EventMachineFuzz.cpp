@@ -7,8 +7,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
+
+#include "fuzz/Fuzz.h"
 
 namespace {
 
@@ -79,7 +80,7 @@ void MakeWindow(Machine& machine)
     const Rect bounds = {0, 0, 200, 200};
     WindowRef window = nullptr;
     if (CreateNewWindow(kClasses[machine.bytes.Next() % 3], kWindowStandardHandlerAttribute, &bounds, &window) != noErr)
-        std::abort();
+        abort();
     machine.windows.push_back(window);
 }
 
@@ -131,15 +132,99 @@ void InstallHandler(Machine& machine)
     machine.handlers.push_back(handler);
 }
 
+// Gives an event parameters and asks for them, as their right and as a wrong type.
+void UseParameters(Machine& machine, EventRef event)
+{
+    static constexpr EventParamName kNames[] = {kEventParamDirectObject, kEventParamPostTarget, 'fuzz'};
+    const EventParamName name = kNames[machine.bytes.Next() % 3];
+    const CFStringRef text = CFSTR("text");
+    const EventTargetRef target = GetWindowEventTarget(Any(machine, machine.windows));
+    const UInt32 number = machine.bytes.Next();
+    switch (machine.bytes.Next() % 4) {
+    case 0:
+        (void)SetEventParameter(event, name, typeCFStringRef, sizeof text, &text);
+        break;
+    case 1:
+        (void)SetEventParameter(event, name, typeEventTargetRef, sizeof target, &target);
+        break;
+    case 2:
+        (void)SetEventParameter(event, name, typeUInt32, number % 5, &number);
+        break;
+    default:
+        (void)SetEventParameter(event, name, typeUInt32, number % 2, nullptr);
+        break;
+    }
+    EventParamType type = 0;
+    ByteCount size = 0;
+    unsigned char value[16];
+    const OSStatus status = GetEventParameter(event, name, number % 2 ? EventParamType(typeWildCard) : typeUInt32,
+                                              &type, sizeof value, &size, value);
+    Require(status != noErr || (type != 0 && size <= sizeof value));
+}
+
 void SendOrPost(Machine& machine)
 {
     EventRef event = nullptr;
     (void)CreateEvent(nullptr, 'fuzz', 1, 0, kEventAttributeNone, &event);
-    if (machine.bytes.Next() % 2 == 0)
-        (void)PostEventToQueue(GetMainEventQueue(), event, kEventPriorityStandard);
-    else
+    UseParameters(machine, event);
+    switch (machine.bytes.Next() % 4) {
+    case 0:
+        (void)PostEventToQueue(GetCurrentEventQueue(), event, kEventPriorityStandard);
+        (void)PostEventToQueue(GetMainEventQueue(), event, kEventPriorityHigh); // posted already
+        break;
+    case 1:
+        (void)PostEventToQueue(GetMainEventQueue(), event, kEventPriorityHigh);
+        break;
+    case 2:
+        (void)SendEventToEventTarget(event, GetEventDispatcherTarget());
+        break;
+    default:
         (void)SendEventToEventTarget(event, GetControlEventTarget(Any(machine, machine.controls)));
+        break;
+    }
+    Require(GetEventClass(event) == 'fuzz' && GetEventKind(event) == 1 && GetEventTime(event) <= GetCurrentEventTime());
+    Require(GetEventRetainCount(RetainEvent(event)) >= 2);
     ReleaseEvent(event);
+    ReleaseEvent(event);
+    (void)GetEventClass(event); // stale unless it is queued
+    (void)SetEventParameter(event, 'fuzz', typeUInt32, 0, nullptr);
+}
+
+void SendCommand(Machine& machine)
+{
+    static constexpr UInt32 kCommands[] = {kHICommandOK, kHICommandCancel, kHICommandQuit, 0};
+    HICommand command = {};
+    command.commandID = kCommands[machine.bytes.Next() % 4];
+    (void)ProcessHICommand(machine.bytes.Next() % 8 == 0 ? nullptr : &command);
+}
+
+void ReceiveEvent(Machine& machine)
+{
+    static constexpr EventTypeSpec kTypes[] = {{'fuzz', 1}, {kEventClassCommand, kEventCommandProcess}};
+    EventRef event = nullptr;
+    const bool pull = machine.bytes.Next() % 2 == 0;
+    const OSStatus status =
+        ReceiveNextEvent(machine.bytes.Next() % 3, kTypes, machine.bytes.Next() / 1000.0, pull, &event);
+    Require((status == noErr) == (event != nullptr));
+    if (!event)
+        return;
+    Require(pull || GetNumEventsInQueue(GetMainEventQueue()) > 0);
+    (void)SendEventToEventTarget(event, GetEventDispatcherTarget());
+    if (pull)
+        ReleaseEvent(event);
+}
+
+// What was asked to end ends at once; then nothing is left that would end another.
+void QuitAndRun(Machine& machine)
+{
+    if (machine.bytes.Next() % 2 == 0)
+        (void)QuitEventLoop(GetCurrentEventLoop());
+    if (machine.bytes.Next() % 2 == 0)
+        QuitApplicationEventLoop();
+    if (machine.depth >= 3)
+        return;
+    QuitApplicationEventLoop();
+    RunApplicationEventLoop();
 }
 
 void PostInput(Machine& machine)
@@ -168,7 +253,7 @@ void PostInput(Machine& machine)
 // One thing, chosen by the bytes.
 void Act(Machine& machine)
 {
-    switch (machine.bytes.Next() % 16) {
+    switch (machine.bytes.Next() % 20) {
     case 0:
         MakeWindow(machine);
         break;
@@ -207,14 +292,26 @@ void Act(Machine& machine)
         break;
     case 13: {
         EventLoopTimerRef timer = nullptr;
-        (void)InstallEventLoopTimer(GetMainEventLoop(), machine.bytes.Next() / 100.0, machine.bytes.Next() % 2, Fire,
-                                    &machine, &timer);
+        const double delay = (static_cast<int>(machine.bytes.Next()) - 16) / 100.0; // below 0: never
+        (void)InstallEventLoopTimer(GetMainEventLoop(), delay, machine.bytes.Next() % 2, Fire, &machine, &timer);
         machine.timers.push_back(timer);
+        if (machine.bytes.Next() % 4 == 0)
+            (void)RemoveEventLoopTimer(Any(machine, machine.timers));
         break;
     }
     case 14:
         if (machine.depth < 3)
             (void)RunCurrentEventLoop(0.1);
+        break;
+    case 15:
+        SendCommand(machine);
+        break;
+    case 16:
+        if (machine.depth < 3)
+            ReceiveEvent(machine);
+        break;
+    case 17:
+        QuitAndRun(machine);
         break;
     default:
         PostInput(machine);
@@ -227,7 +324,7 @@ void Act(Machine& machine)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (CVUseHeadlessDesktop(true) != noErr)
-        std::abort();
+        abort();
     CBytes bytes(data, size < 4096 ? size : 4096);
     Machine machine(bytes);
     MakeWindow(machine);
@@ -247,6 +344,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const WindowRef window : machine.windows)
         DisposeWindow(window);
     (void)FlushEventQueue(GetMainEventQueue());
+    Require(GetNumEventsInQueue(GetMainEventQueue()) == 0);
+    QuitApplicationEventLoop();
+    RunApplicationEventLoop();
+    while (RunCurrentEventLoop(0) == eventLoopQuitErr) {
+    }
     (void)CVPump();
     return 0;
 }

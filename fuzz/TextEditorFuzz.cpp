@@ -4,8 +4,7 @@
 // and undoing everything gives back what was there before.
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <cstdlib>
-
+#include "fuzz/Fuzz.h"
 #include "platform/base/Text.h"
 #include "platform/hitoolbox/windows/TextEditor.h"
 
@@ -19,12 +18,6 @@ constexpr const char* kPieces[] = {
     "\U0001F1EA", "\U0001F3FD", "'",    ".",  "\u05D0", "\uAC00", "\u1100", "\u1161",     "\u2028",
     "\uFE0F",     "\u2764",     "word", "\t", "\u4E00", "\u30AB", "\u0E33", "\U000E0061",
 };
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 std::string Piece(FuzzedDataProvider& data)
 {

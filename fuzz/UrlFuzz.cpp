@@ -1,7 +1,11 @@
 // fuzz/UrlFuzz.cpp
 //
 // URLs: the first line is a base, the second a reference, the whole a path. A path has to come back
-// from its URL; a resolved URL is a URL.
+// from its URL; a resolved URL is a URL. Only a file of ours is read through one, for any other might
+// be a device.
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <initializer_list>
 #include <string>
 
@@ -22,6 +26,7 @@ void UseUrl(CFURLRef url)
     (void)CFURLGetFileSystemRepresentation(url, false, path, 8);
     CFRelease(CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle));
     CFRelease(CFURLCopyScheme(url));
+    CFRelease(CFCopyDescription(url));
     CFRelease(CFURLCreateCopyAppendingPathComponent(nullptr, url, CFSTR("a b"), true));
     CFURLRef folder = CFURLCreateCopyDeletingLastPathComponent(nullptr, url);
     Require(!folder || CFURLHasDirectoryPath(folder));
@@ -34,15 +39,36 @@ void TryPath(const std::string& path)
                                                                  static_cast<CFIndex>(path.size()), false);
     if (!url)
         return;
+    const bool isAbsolute = path.front() == '/'; // others get the working folder in front of them
     std::string expected = path;
     while (expected.size() > 1 && expected.back() == '/')
         expected.pop_back();
     std::string back(path.size() + 1, 'x');
-    Require(CFURLGetFileSystemRepresentation(url, false, reinterpret_cast<UInt8*>(back.data()),
-                                             static_cast<CFIndex>(back.size())));
-    Require(expected == back.c_str());
+    const bool hasPath = CFURLGetFileSystemRepresentation(url, false, reinterpret_cast<UInt8*>(back.data()),
+                                                          static_cast<CFIndex>(back.size()));
+    Require(hasPath && expected == back.c_str());
+    Require(isAbsolute != (CFURLGetBaseURL(url) != nullptr));
     UseUrl(url);
+    const CFStringRef text = CFURLGetString(url);
+    const CFURLRef same = CFURLCreateWithString(nullptr, text, CFURLGetBaseURL(url));
+    Require(same && CFEqual(url, same) && CFHash(url) == CFHash(same));
+    CFRelease(same);
     CFRelease(url);
+}
+
+void TryReading(const UInt8* bytes, size_t size)
+{
+    static const int file = memfd_create("page", MFD_CLOEXEC);
+    Require(ftruncate(file, 0) == 0 && pwrite(file, bytes, size, 0) == static_cast<ssize_t>(size));
+    const CFStringRef text =
+        CFStringCreateWithFormat(nullptr, nullptr, CFSTR("file:///%%70roc/self/fd/%d"), file); // p, escaped
+    const CFURLRef url = CFURLCreateWithString(nullptr, text, nullptr);
+    CFDataRef data = nullptr;
+    SInt32 error = -1;
+    Require(CFURLCreateDataAndPropertiesFromResource(nullptr, url, &data, nullptr, nullptr, &error) && error == 0);
+    Require(CFDataGetLength(data) == static_cast<CFIndex>(size));
+    for (const CFTypeRef object : {CFTypeRef(text), CFTypeRef(url), CFTypeRef(data)})
+        CFRelease(object);
 }
 
 } // namespace
@@ -52,6 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const UInt8* bytes, size_t size)
     const std::string text(reinterpret_cast<const char*>(bytes), size);
     TryPath(text);
     TryPath("/" + text);
+    TryReading(bytes, size);
     const std::size_t end = text.find('\n');
     const CFStringRef baseText = MakeString(text.substr(0, end));
     const CFStringRef referenceText = MakeString(end == std::string::npos ? "" : text.substr(end + 1));
