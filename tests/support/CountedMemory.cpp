@@ -112,4 +112,11 @@ CountedMemory MemoryInUse()
     return {g_bytes, g_blocks};
 }
 
+#else
+
+CountedMemory MemoryInUse()
+{
+    return {0, 0};
+}
+
 #endif

@@ -1,8 +1,7 @@
 // tests/support/CountedMemory.h
 //
-// All memory of this process, counted as it was asked for, so that what stays behind is known to the
-// byte. A test program that links CountedMemory.cpp has it; the sanitizers, which count for
-// themselves, do not.
+// All memory of a test program that links CountedMemory.cpp, counted as it was asked for, so that what
+// stays behind is known to the byte. Under the sanitizers, which count for themselves, all is 0.
 #pragma once
 
 struct CountedMemory {

@@ -3,26 +3,14 @@
 // Windows come and go with plug-ins for as long as a host runs. What thousands of them, of information
 // dialogs and of visits to the web site leave behind is known to the byte: what the component keeps by
 // design, and nothing else.
-#include <algorithm>
-#include <cstddef>
-
-#include "frame/BaseProductManager.h"
-#include "tests/support/CountedMemory.h"
 #include "tests/support/Owner.h"
-#include "tests/ui/InfoDialogFixture.h"
+#include "tests/ui/DialogMemory.h"
 
 #if !CV_SANITIZED // the sanitizers count for themselves
 
 namespace {
 
 using Toolkit = CBaseProductManager;
-
-long BytesOfString(const std::string& text)
-{
-    const long before = MemoryInUse().bytes;
-    const auto string = Own(CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8));
-    return MemoryInUse().bytes - before;
-}
 
 OSStatus PassOn(EventHandlerCallRef, EventRef, void*)
 {
@@ -82,62 +70,21 @@ TEST(DialogToolkitMemory, TenThousandWindowsLeaveTheSettersStringsAndNothingElse
     DisposeNibReference(nib);
 }
 
-// What the dialog has set with the toolkit's setters, and would be held of it.
-long BytesOfTexts(WindowRef window)
-{
-    long bytes = 0;
-    for (const OSType text : {'NAME', 'VERS', 'CPRT', 'OPTS'}) {
-        CFStringRef string = nullptr;
-        EXPECT_EQ(GetControlData(ControlOf(window, text), kControlEntireControl, kControlStaticTextCFStringTag,
-                                 sizeof string, &string, nullptr),
-                  noErr);
-        bytes += BytesOfString(TextOf(Own(string).get()));
-    }
-    static constexpr ControlID kTitles[] = {{'KNOB', 0}, {'CLOS', 0}, {'CLOS', 1}, {'HELP', 0}};
-    for (const ControlID& title : kTitles) {
-        CFStringRef string = nullptr;
-        EXPECT_EQ(CopyControlTitleAsCFString(Toolkit::GetControl(window, title), &string), noErr);
-        bytes += BytesOfString(TextOf(Own(string).get()));
-    }
-    return bytes;
-}
-
 TEST_F(InfoDialog, LeavesItsEightTextsAndTheEventOfItsEndAndNothingElse)
 {
     CTestManager manager;
-    // Whoever is told of the end holds the reference that is left; this host gives it back.
-    std::vector<EventRef> ends;
-    ends.reserve(1);
-    const CListener listener(GetApplicationEventTarget(), {{'cvev', 'iend'}}, [&](EventHandlerCallRef, EventRef end) {
-        ends.push_back(end);
-        return OSStatus(eventNotHandledErr);
-    });
-    const auto openAndClose = [&] {
-        const WindowRef window = Open(manager);
-        const long bytes = window ? BytesOfTexts(window) : 0;
-        DisposeWindow(window);
-        Pump();
-        EXPECT_EQ(ends.size(), 1U);
-        for (const EventRef end : ends) {
-            EXPECT_EQ(GetEventRetainCount(end), 1U);
-            ReleaseEvent(end);
-        }
-        ends.clear();
-        return bytes;
-    };
-    for (int dialog = 0; dialog < 200; ++dialog) // fills what is kept for reuse
-        (void)openAndClose();
-
-    constexpr int kTexts = 8;
-    constexpr int kDialogs = 1000;
-    long expected = 0;
+    CountedMemory texts = {0, 0};
+    (void)LeftByDialogs(manager, 200, texts); // fills what is kept for reuse
+    const CountedMemory left = LeftByDialogs(manager, 1000, texts);
+    EXPECT_EQ(left.bytes, 0);
+    EXPECT_EQ(left.blocks, 0);
+    EXPECT_EQ(texts.blocks, 8);
+    RecordProperty("BytesOfTexts", static_cast<int>(texts.bytes));
     const CountedMemory before = MemoryInUse();
-    for (int dialog = 0; dialog < kDialogs; ++dialog)
-        expected += openAndClose();
-    const CountedMemory after = MemoryInUse();
-    EXPECT_EQ(after.bytes - before.bytes, expected);
-    EXPECT_EQ(after.blocks - before.blocks, long{kTexts} * kDialogs);
-    RecordProperty("BytesOfTexts", static_cast<int>(expected / kDialogs));
+    EventRef end = nullptr;
+    ASSERT_EQ(CreateEvent(nullptr, 'cvev', 'iend', 0, kEventAttributeNone, &end), noErr);
+    RecordProperty("BytesOfEvent", static_cast<int>(MemoryInUse().bytes - before.bytes));
+    ReleaseEvent(end);
 }
 
 OSStatus LaunchNothing(CFURLRef, CFURLRef, void*)
