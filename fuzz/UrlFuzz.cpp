@@ -67,7 +67,10 @@ void TryReading(const UInt8* bytes, size_t size)
     SInt32 error = -1;
     Require(CFURLCreateDataAndPropertiesFromResource(nullptr, url, &data, nullptr, nullptr, &error) && error == 0);
     Require(CFDataGetLength(data) == static_cast<CFIndex>(size));
-    for (const CFTypeRef object : {CFTypeRef(text), CFTypeRef(url), CFTypeRef(data)})
+    const CFURLRef below = CFURLCreateCopyAppendingPathComponent(nullptr, url, CFSTR("none"), false);
+    Require(!CFURLCreateDataAndPropertiesFromResource(nullptr, below, nullptr, nullptr, nullptr, &error));
+    Require(error == kCFURLResourceNotFoundError);
+    for (const CFTypeRef object : {CFTypeRef(text), CFTypeRef(url), CFTypeRef(data), CFTypeRef(below)})
         CFRelease(object);
 }
 
@@ -84,7 +87,9 @@ extern "C" int LLVMFuzzerTestOneInput(const UInt8* bytes, size_t size)
     const CFStringRef referenceText = MakeString(end == std::string::npos ? "" : text.substr(end + 1));
     const CFURLRef base = CFURLCreateWithString(nullptr, baseText, nullptr);
     const CFURLRef url = CFURLCreateWithString(nullptr, referenceText, base);
-    for (const CFURLRef each : {base, url}) {
+    const CFURLRef folder = CFURLCreateWithFileSystemPath(nullptr, referenceText, kCFURLPOSIXPathStyle, true);
+    Require(!folder || CFURLHasDirectoryPath(folder));
+    for (const CFURLRef each : {base, url, folder}) {
         if (!each)
             continue;
         UseUrl(each);
@@ -93,7 +98,8 @@ extern "C" int LLVMFuzzerTestOneInput(const UInt8* bytes, size_t size)
         UseUrl(absolute);
         CFRelease(absolute);
     }
-    for (const CFTypeRef object : {CFTypeRef(baseText), CFTypeRef(referenceText), CFTypeRef(base), CFTypeRef(url)})
+    for (const CFTypeRef object :
+         {CFTypeRef(baseText), CFTypeRef(referenceText), CFTypeRef(base), CFTypeRef(url), CFTypeRef(folder)})
         CFRelease(object);
     return 0;
 }
