@@ -2,8 +2,10 @@
 //
 // QuickDraw pictures of any bytes. Images inside are one pixel, so that the time goes into ours. The
 // same bytes as a file of another format: whether they are all of it.
+#include "fuzz/Fuzz.h"
 #include "platform/quicktime/Completeness.h"
 #include "platform/quicktime/Pict.h"
+#include "platform/quicktime/PictHeader.h"
 
 namespace {
 
@@ -21,7 +23,8 @@ std::optional<Raster> OnePixel(Bytes file, std::uint64_t mostPixels)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    (void)DecodePict({data, size}, OnePixel);
+    const bool isDecoded = DecodePict({data, size}, OnePixel).has_value();
+    Require(!isDecoded || FindPictSignature({data, size}) != PictSignature::None);
     (void)IsCompleteImageFile({data, size});
     return 0;
 }

@@ -39,6 +39,38 @@ std::vector<std::string> PropertyLists()
             BinaryList({"\x09"}, 0)};
 }
 
+std::string Words(const std::vector<unsigned>& words)
+{
+    std::string bytes;
+    for (const unsigned word : words)
+        AppendNumber(bytes, word, 2);
+    return bytes;
+}
+
+// A picture of 2 by 2 pixels with these operations.
+std::string Picture(const std::string& operations)
+{
+    return Words({0, 0, 0, 2, 2, 0x0011, 0x02FF, 0x0C00}) + std::string(24, '\0') + operations + Words({0x00FF});
+}
+
+std::vector<std::string> Pictures()
+{
+    const std::string paint = Words({0x0031, 0, 0, 2, 2});
+    std::string modes = Words({0x001F, 0x8000, 0x4000, 0x2000}) + paint;
+    for (const bool coloured : {true, false}) {
+        modes += Words({0x0013, 2, 0xAA55, 0xAA55, 0xAA55, 0xAA55, 0xFF00, 0x8000, 0});
+        if (!coloured)
+            modes += Words({0x0009, 0xAA55, 0xAA55, 0xAA55, 0xAA55});
+        for (unsigned mode = 0; mode < 40; ++mode)
+            modes += Words({0x0008, mode}) + paint;
+    }
+    // One operation for each way in which a length is told.
+    const std::string skipped = Words({0x0024, 2, 0}) + Words({0x0028, 0, 0, 0x0100}) +
+                                Words({0x0070, 10, 0, 0, 2, 2}) + Words({0x00D0, 0, 2, 0}) + Words({0x0200, 0, 0}) +
+                                Words({0x00A1, 1, 2, 0});
+    return {Picture(modes), Picture(skipped)};
+}
+
 } // namespace
 
 int main(int count, char** words)
@@ -47,6 +79,7 @@ int main(int count, char** words)
         return 2;
     const std::filesystem::path folder = words[1];
     Write(folder / "PropertyListFuzz", PropertyLists());
+    Write(folder / "PictFuzz", Pictures());
     Write(folder / "StringFuzz", {std::string("\0text \xC3\xA9 \xF0\x9F\x98\x80", 13), std::string("\1\x80\xDB\xF0", 4),
                                   "\2plain", "\4\xEF\xBB\xBFx", std::string("\3a\0=\xD8\0\xDE", 7),
                                   std::string("\0%d %5.2f %1$x %% %-8ld|%+i", 27), std::string("\0%2$d %1$*2$u", 13)});
