@@ -27,7 +27,6 @@ TEST(ResourceImage, WithoutABundleIsNull)
 
 TEST(ResourceImage, LogoOfTheBuiltBundleHasItsSizeAndAlpha)
 {
-    SKIP_WITHOUT_MODULES();
     CManager manager;
     manager.UseBundle(BuiltBundle());
     const COwned<CGImageRef> logo(manager.LoadLogo());
