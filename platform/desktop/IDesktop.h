@@ -40,7 +40,8 @@ enum class Placement {
     AlertOnScreen, ///< Centred, a fifth of the free height from the top.
     /// A list over its owner: the frame counts from the owner's top left and is kept on the screen.
     /// It has no decoration and never gets the keyboard; pointer input over it is its own, even while
-    /// a button is held that went down elsewhere.
+    /// a button is held that went down elsewhere. It is lost when its owner moves, or when another
+    /// program takes the keyboard for itself.
     Menu
 };
 
@@ -51,6 +52,7 @@ struct SurfaceRequest {
     SurfaceId owner = 0;              ///< Surface that it stays above, or 0.
     ForeignWindowId foreignOwner = 0; ///< Foreign window that it stays above, or 0.
     bool modal = false;               ///< The owner takes no input meanwhile; without owner: all of ours.
+    int clear = 0; ///< Menu: height above the frame that it does not cover; without room below it stands above that.
     bool resizable = false;
     bool closable = true;
     std::string title;
@@ -122,7 +124,8 @@ public:
     virtual void Resized(SurfaceId surface, int width, int height) = 0;
     /// A part is to be presented anew.
     virtual void Exposed(SurfaceId surface, const PixelRect& part) = 0;
-    /// The surface is gone or lost its foreign owner for good; still to be destroyed by its holder.
+    /// The surface is gone or lost its foreign owner for good, or is a menu that has to go; still to be
+    /// destroyed by its holder.
     virtual void SurfaceLost(SurfaceId surface) = 0;
 
     /// Answers a RequestText; empty when nobody had text.

@@ -23,6 +23,7 @@ constexpr const char* kAtomNames[] = {
     "_NET_WM_ICON",
     "_NET_WM_WINDOW_TYPE",
     "_NET_WM_WINDOW_TYPE_DIALOG",
+    "_NET_WM_WINDOW_TYPE_POPUP_MENU",
     "_NET_WM_STATE",
     "_NET_WM_STATE_MODAL",
     "_NET_ACTIVE_WINDOW",

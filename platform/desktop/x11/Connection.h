@@ -35,6 +35,7 @@ enum class Atom {
     NetWmIcon,
     NetWmWindowType,
     NetWmWindowTypeDialog,
+    NetWmWindowTypePopupMenu,
     NetWmState,
     NetWmStateModal,
     NetActiveWindow,

@@ -55,7 +55,9 @@ void CX11Desktop::SetIdentity(const Surface& surface)
     display.SetWords(window, display[Atom::NetWmPid], XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(getpid())});
     display.SetWords(window, display[Atom::WmProtocols], XCB_ATOM_ATOM,
                      {display[Atom::WmDeleteWindow], display[Atom::NetWmPing]});
-    display.SetWords(window, display[Atom::NetWmWindowType], XCB_ATOM_ATOM, {display[Atom::NetWmWindowTypeDialog]});
+    const bool isMenu = surface.request.placement == Placement::Menu;
+    display.SetWords(window, display[Atom::NetWmWindowType], XCB_ATOM_ATOM,
+                     {display[isMenu ? Atom::NetWmWindowTypePopupMenu : Atom::NetWmWindowTypeDialog]});
     display.SetWords(window, display[Atom::NetWmIcon], XCB_ATOM_CARDINAL, WindowIcon());
     constexpr std::uint32_t kInput = 1U << 0, kState = 1U << 1, kGroup = 1U << 6, kNormal = 1;
     display.SetWords(window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS,
@@ -182,12 +184,17 @@ void CX11Desktop::Place(Surface& surface)
         Wake(); // waiting may have brought events along
         if (size && place)
             around = {place->dst_x, place->dst_y, size->width, size->height};
+        surface.ownerX = around.x;
+        surface.ownerY = around.y;
     }
     if (surface.transientFor != 0 || surface.request.placement != Placement::Frame) {
         const int share = surface.request.placement == Placement::AlertOnScreen && surface.transientFor == 0 ? 5 : 2;
         const bool isMenu = surface.request.placement == Placement::Menu;
         frame.x = around.x + (isMenu ? frame.x : (around.width - frame.width) / 2);
         frame.y = around.y + (isMenu ? frame.y : (around.height - frame.height) / share);
+        const int above = frame.y - surface.request.clear - frame.height;
+        if (isMenu && frame.y + frame.height > screen.height_in_pixels && above >= 0)
+            frame.y = above;
         frame.x = std::clamp(frame.x, 0, std::max(0, screen.width_in_pixels - frame.width));
         frame.y = std::clamp(frame.y, 0, std::max(0, screen.height_in_pixels - frame.height));
         const std::uint32_t position[] = {static_cast<std::uint32_t>(frame.x), static_cast<std::uint32_t>(frame.y)};

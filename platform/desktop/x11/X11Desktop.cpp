@@ -499,8 +499,11 @@ void CX11Desktop::TakeCrossing(const xcb_enter_notify_event_t& event, bool enter
 void CX11Desktop::TakeFocus(const xcb_focus_in_event_t& event, bool gained)
 {
     const Surface* const surface = FindWindow(event.event);
+    // A grab gives the keyboard back, which is too late for a menu.
     const bool passing = event.mode == XCB_NOTIFY_MODE_GRAB || event.mode == XCB_NOTIFY_MODE_UNGRAB ||
                          event.detail == XCB_NOTIFY_DETAIL_POINTER || event.detail == XCB_NOTIFY_DETAIL_INFERIOR;
+    if (surface && !gained && event.mode == XCB_NOTIFY_MODE_GRAB)
+        LoseWhere([id = surface->id](const Surface& menu) { return menu.IsMenuOf(id); });
     if (!surface || !m_sink || passing)
         return;
     m_keyboard.Reset();
@@ -527,7 +530,15 @@ void CX11Desktop::TakeExpose(const xcb_expose_event_t& event)
 void CX11Desktop::TakeConfigure(const xcb_configure_notify_event_t& event)
 {
     Surface* const surface = FindWindow(event.window);
-    if (!surface || (surface->width == event.width && surface->height == event.height))
+    if (!surface)
+        return;
+    // @source ICCCM 4.1.5: what the manager sends counts from the root, the server's from the frame.
+    constexpr std::uint8_t kSent = 0x80;
+    if ((event.response_type & kSent) != 0 || !m_hasManager)
+        LoseWhere([&event, id = surface->id](const Surface& menu) {
+            return menu.IsMenuOf(id) && (menu.ownerX != event.x || menu.ownerY != event.y);
+        });
+    if (surface->width == event.width && surface->height == event.height)
         return;
     surface->width = event.width;
     surface->height = event.height;
@@ -565,9 +576,16 @@ void CX11Desktop::TakeDestroy(const xcb_destroy_notify_event_t& event)
         m_settingsOwner = 0; // the next one announces itself
         return;
     }
+    LoseWhere([&event](const Surface& surface) {
+        return surface.window == event.window || surface.request.foreignOwner == event.window;
+    });
+}
+
+void CX11Desktop::LoseWhere(const std::function<bool(const Surface&)>& isLost)
+{
     std::vector<SurfaceId> lost;
     for (const auto& [id, surface] : m_surfaces)
-        if (surface.window == event.window || surface.request.foreignOwner == event.window)
+        if (isLost(surface))
             lost.push_back(id);
     for (const SurfaceId id : lost) {
         ++m_delivered;

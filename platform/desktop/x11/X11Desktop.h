@@ -48,6 +48,7 @@ private:
         xcb_window_t window = 0;
         SurfaceRequest request;
         xcb_window_t transientFor = 0;
+        int ownerX = 0, ownerY = 0; ///< Where its owner stood when it was placed.
         int width = 0, height = 0;
         bool asked = false;       ///< To be shown.
         bool mapping = false;     ///< On its way to the screen.
@@ -57,6 +58,8 @@ private:
         CursorShape cursor = CursorShape::Arrow;
         xcb_pixmap_t background = XCB_NONE; ///< Its picture while it is not on the screen, which the server paints.
         PixelRect exposed = {};             ///< Gathered until the last of a series.
+
+        bool IsMenuOf(SurfaceId owner) const { return request.placement == Placement::Menu && request.owner == owner; }
     };
 
     Surface* Find(SurfaceId surface);
@@ -98,6 +101,8 @@ private:
     void TakeMap(const xcb_map_notify_event_t& event);
     void TakeUnmap(const xcb_unmap_notify_event_t& event);
     void TakeDestroy(const xcb_destroy_notify_event_t& event);
+    /// Tells that the surfaces are lost of which that holds.
+    void LoseWhere(const std::function<bool(const Surface&)>& isLost);
     void TakeMessage(const xcb_client_message_event_t& event);
     void TakeProperty(const xcb_property_notify_event_t& event);
     void TakeState(const xcb_property_notify_event_t& event);

@@ -101,7 +101,8 @@ OSStatus CVPostScroll(WindowRef window, double x, double y, double right, double
             return paramErr;
         input.x = x * scale;
         input.y = y * scale;
-        desktop.Post([input, right, down](IInputSink& sink) { sink.Scrolled(input, right, down); });
+        desktop.Post(
+            [input, right, down, &desktop](IInputSink& sink) { sink.Scrolled(desktop.OverMenu(input), right, down); });
         return noErr;
     });
 }

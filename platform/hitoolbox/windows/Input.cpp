@@ -411,7 +411,7 @@ void CInput::Release(const PointerInput& input)
 
 void CInput::Scroll(const PointerInput& input, double x, double y)
 {
-    if (Menu::TakeScroll(y))
+    if (Menu::TakeScroll(input, y))
         return;
     ControlRef stepped = nullptr;
     {
@@ -589,6 +589,7 @@ void CInput::DamageAll()
 
 void CInput::Lose(SurfaceId surface)
 {
+    Menu::TakeLoss(surface);
     WindowRef reference = nullptr;
     {
         const CToolboxLock lock;
@@ -602,6 +603,7 @@ void CInput::Lose(SurfaceId surface)
 
 void CInput::Rescale(SurfaceId surface)
 {
+    Menu::TakeFocusLoss(0); // it has the size and place of the scale before
     IDesktop* const desktop = Desktop::Current();
     const double scale = desktop ? desktop->ScaleOf(surface) : 1;
     const CToolboxLock lock;

@@ -140,6 +140,7 @@ bool Describe(ControlRef reference, OpenMenu& menu, SurfaceRequest& request)
     };
     request.frame = {pixels(button->bounds.left), pixels(button->bounds.bottom + kBorder), pixels(menu.width),
                      pixels(menu.Height())};
+    request.clear = pixels(button->bounds.bottom + kBorder) - pixels(button->bounds.top - kBorder);
     request.placement = Placement::Menu;
     request.owner = window->surface;
     return true;
@@ -225,12 +226,13 @@ bool Menu::TakeRelease(const PointerInput& input, UInt32 modifiers)
     return true;
 }
 
-bool Menu::TakeScroll(double y)
+bool Menu::TakeScroll(const PointerInput& input, double y)
 {
     OpenMenu& menu = TheMenu();
     if (menu.surface == 0)
         return false;
     ScrollTo(menu, menu.first + (y > 0 ? 1 : y < 0 ? -1 : 0));
+    Highlight(menu, ItemAt(menu, input)); // another one is under the pointer now
     return true;
 }
 
@@ -277,6 +279,12 @@ bool Menu::TakeKey(const KeyInput& input, UInt32 modifiers)
 void Menu::TakeFocusLoss(SurfaceId surface)
 {
     if (surface == 0 || surface == TheMenu().owner)
+        Close();
+}
+
+void Menu::TakeLoss(SurfaceId surface)
+{
+    if (surface != 0 && surface == TheMenu().surface)
         Close();
 }
 

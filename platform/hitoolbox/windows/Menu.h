@@ -2,7 +2,8 @@
 //
 // The menu of a pop-up button: a list on a surface of its own, below the button. While it is open
 // it takes the input of all our windows; nothing is grabbed from other programs, so a click there
-// closes it by taking the keyboard from the button's window. Event-loop thread, without the lock.
+// closes it by what it does to the button's window: that loses the keyboard, or moves. Event-loop
+// thread, without the lock.
 #pragma once
 
 #include "platform/desktop/IDesktop.h"
@@ -20,11 +21,13 @@ void Update();
 bool TakeMove(const PointerInput& input);
 bool TakePress(const PointerInput& input);
 bool TakeRelease(const PointerInput& input, UInt32 modifiers);
-bool TakeScroll(double y);
+bool TakeScroll(const PointerInput& input, double y);
 bool TakeKey(const KeyInput& input, UInt32 modifiers);
 
 /// Closes the menu if a surface, which lost the keyboard, is that of its button; 0 closes any.
 void TakeFocusLoss(SurfaceId surface);
+/// Closes the menu if a surface that is lost is its own.
+void TakeLoss(SurfaceId surface);
 /// Draws the menu anew if the surface is its own.
 void TakeExposure(SurfaceId surface);
 

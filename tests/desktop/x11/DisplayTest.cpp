@@ -157,6 +157,26 @@ TEST(Display, WindowsGoWithItAndTheProcessLivesOn)
               0);
 }
 
+TEST(Display, OpenMenuGoesWithIt)
+{
+    EXPECT_EQ(RunInChild([] {
+                  CScreen screen;
+                  const CDataBundle bundle("windows");
+                  WindowRef const window = BuildWindow(bundle.Get(), "Popup", "Popup");
+                  ShowWindow(window);
+                  SelectWindow(window);
+                  const ScreenWindow shown = ActiveOn(screen, window);
+                  const std::uint32_t before = screen.PixelAt(shown.x + 30, shown.y + 100);
+                  screen.Click(shown.x + 60, shown.y + 30);
+                  EXPECT_TRUE(ServeUntil([&] { return screen.PixelAt(shown.x + 30, shown.y + 100) != before; }));
+                  (void)screen.Server().End();
+                  EXPECT_TRUE(ServeUntil([&] { return !IsValidWindowPtr(window); }));
+                  EXPECT_EQ(CVPump(), kCVNoDesktopErr);
+                  return 0;
+              }),
+              0);
+}
+
 TEST(Display, AlertEndsWithIt)
 {
     EXPECT_EQ(RunInChild([] {
