@@ -144,8 +144,9 @@ protected:
     ~IInputSink() = default;
 };
 
-/// Every operation: event-loop thread only, unless it says otherwise. None but PumpInput calls the
-/// sink before it returns. An operation on a surface that is not ours changes nothing.
+/// Every operation: event-loop thread only, unless it says otherwise; where several threads might be
+/// that, the one whose turn it is. None but PumpInput calls the sink before it returns. An operation on a surface that
+/// is not ours changes nothing.
 class IDesktop {
 public:
     virtual ~IDesktop() = default;
@@ -193,6 +194,12 @@ public:
     /// @return inputs delivered (wake-ups and deadlines count); 0 after the wait; -1 if the display
     ///         is gone for good.
     virtual int PumpInput(double seconds) = 0;
+    /// Has the calling thread alone serve the desktop until LeaveTurn, although another one may run the
+    /// process's main loop and serve it from there. Turns nest.
+    /// @param seconds  longest wait for a thread that serves it now; below 0 without limit.
+    /// @return false if that still does.
+    virtual bool TakeTurn(double seconds) = 0;
+    virtual void LeaveTurn() noexcept = 0;
     /// Has the sink's DeadlineReached called once, `seconds` from now; a new deadline replaces the
     /// old one, below 0 means none.
     virtual void SetDeadline(double seconds) = 0;
@@ -201,6 +208,24 @@ public:
     /// Answers a descriptor that is readable whenever PumpInput(0) has something to do, deadlines
     /// included; -1 if there is none. For hosts with a loop of their own.
     virtual int Descriptor() = 0;
+};
+
+/// A turn for the length of a scope, where it can be had.
+class CTurn {
+public:
+    CTurn(IDesktop& desktop, double seconds) : m_desktop(desktop), m_taken(desktop.TakeTurn(seconds)) {}
+    ~CTurn()
+    {
+        if (m_taken)
+            m_desktop.LeaveTurn();
+    }
+    CTurn(const CTurn&) = delete;
+    CTurn& operator=(const CTurn&) = delete;
+    explicit operator bool() const noexcept { return m_taken; }
+
+private:
+    IDesktop& m_desktop;
+    const bool m_taken;
 };
 
 /// How a desktop's module is entered: answers a desktop that is never destroyed, or null when there

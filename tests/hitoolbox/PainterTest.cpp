@@ -71,6 +71,8 @@ public:
     MOCK_METHOD(void, OfferText, (TextExchange, std::string_view), (override));
     MOCK_METHOD(void, RequestText, (TextExchange, std::uint32_t), (override));
     MOCK_METHOD(int, PumpInput, (double), (override));
+    MOCK_METHOD(bool, TakeTurn, (double), (override));
+    MOCK_METHOD(void, LeaveTurn, (), (noexcept, override));
     MOCK_METHOD(void, SetDeadline, (double), (override));
     MOCK_METHOD(void, Wake, (), (noexcept, override));
     MOCK_METHOD(int, Descriptor, (), (override));

@@ -32,6 +32,8 @@ public:
     void OfferText(TextExchange where, std::string_view text) override;
     void RequestText(TextExchange where, std::uint32_t request) override;
     int PumpInput(double seconds) override;
+    bool TakeTurn(double) override { return true; } // it hangs in no main loop: only who pumps serves it
+    void LeaveTurn() noexcept override {}
     void SetDeadline(double seconds) override;
     void Wake() noexcept override;
     int Descriptor() override { return -1; }

@@ -1,16 +1,24 @@
 // platform/desktop/x11/MainLoop.cpp
 //
 // One source with one descriptor, so that a foreign loop asks the kernel about one thing only.
+//
+// GLib lets one thread at a time run a context. While that is another thread than the one that
+// pumps, an alert's for instance, both see the same descriptor: whose turn it is serves, and the
+// context, in which it would be readable all the time, does without it as long.
 #include "platform/desktop/x11/MainLoop.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <utility>
 
+#include <poll.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
+#include "platform/base/Clock.h"
 #include "platform/base/Guard.h"
 
 namespace {
@@ -51,7 +59,7 @@ CMainLoop::CMainLoop(std::function<void()> serve)
       m_timer(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
       m_wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
-    static GSourceFuncs functions = {nullptr, Check, Dispatch, nullptr, nullptr, nullptr};
+    static GSourceFuncs functions = {nullptr, nullptr, Dispatch, nullptr, nullptr, nullptr};
     WatchIn(m_inner, m_timer);
     WatchIn(m_inner, m_wake);
     GSource* const source = g_source_new(&functions, sizeof(Source));
@@ -63,21 +71,66 @@ CMainLoop::CMainLoop(std::function<void()> serve)
     g_source_attach(source, nullptr);
 }
 
-gboolean CMainLoop::Check(GSource* source)
-{
-    CMainLoop& loop = *reinterpret_cast<Source*>(source)->loop;
-    return g_source_query_unix_fd(source, loop.m_tag) != 0 ? TRUE : FALSE;
-}
-
 gboolean CMainLoop::Dispatch(GSource* source, GSourceFunc, gpointer)
 {
     CMainLoop& loop = *reinterpret_cast<Source*>(source)->loop;
-    Drain(loop.m_timer);
-    Guarded(0, [&] {
-        loop.m_serve();
+    if (loop.TakeTurnOrStandBack()) {
+        loop.ServeGuarded();
+        loop.LeaveTurn();
+    }
+    return G_SOURCE_CONTINUE;
+}
+
+void CMainLoop::ServeGuarded()
+{
+    Drain(m_timer);
+    Guarded(0, [this] {
+        m_serve();
         return 0;
     });
-    return G_SOURCE_CONTINUE;
+}
+
+bool CMainLoop::TakeTurn(double seconds)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    const auto isFree = [this] {
+        return m_turns == 0 || m_turn == std::this_thread::get_id();
+    };
+    if (seconds < 0)
+        m_turnFree.wait(lock, isFree);
+    else if (!m_turnFree.wait_for(lock, std::chrono::duration<double>(std::min(seconds, 3600.0)), isFree))
+        return false;
+    m_turn = std::this_thread::get_id();
+    ++m_turns;
+    return true;
+}
+
+void CMainLoop::LeaveTurn() noexcept
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (--m_turns > 0)
+        return;
+    StepForward();
+    m_turnFree.notify_one();
+}
+
+void CMainLoop::StepForward()
+{
+    if (!m_tag)
+        m_tag = g_source_add_unix_fd(&m_source->base, m_inner, G_IO_IN);
+}
+
+bool CMainLoop::TakeTurnOrStandBack()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_turns == 0 || m_turn == std::this_thread::get_id()) {
+        m_turn = std::this_thread::get_id();
+        ++m_turns;
+        return true;
+    }
+    if (m_tag)
+        g_source_remove_unix_fd(&m_source->base, std::exchange(m_tag, nullptr));
+    return false;
 }
 
 void CMainLoop::Watch(int descriptor)
@@ -116,37 +169,65 @@ void CMainLoop::Run(double seconds, const std::function<bool()>& done)
     }
     GMainContext* const context = g_main_context_default();
     if (!g_main_context_acquire(context))
-        return; // another thread runs it, and us with it
+        return RunBeside(context, seconds, done);
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        StepForward(); // the thread that ran it may have gone during our turn
+    }
+    RunContext(context, seconds, done);
+    if (m_outer >= 0)
+        SyncOuter();
+    g_main_context_release(context);
+}
+
+void CMainLoop::RunBeside(GMainContext* context, double seconds, const std::function<bool()>& done)
+{
+    const double end = Clock::Now() + seconds;
+    const auto isOver = [&] {
+        return done() || (seconds >= 0 && Clock::Now() >= end);
+    };
+    do {
+        constexpr double kLongest = 3600;
+        const double left = std::clamp(end - Clock::Now(), 0.0, kLongest);
+        pollfd inner = {m_inner, POLLIN, 0};
+        if (poll(&inner, 1, seconds < 0 ? -1 : static_cast<int>(std::ceil(left * 1000))) > 0)
+            ServeGuarded();
+        if (g_main_context_acquire(context)) { // the other thread has done with it: its sources are to run again
+            g_main_context_release(context);
+            return;
+        }
+    } while (!isOver());
+}
+
+void CMainLoop::RunContext(GMainContext* context, double seconds, const std::function<bool()>& done)
+{
     if (seconds == 0) {
         // What is due runs to its end, but a source that is always due does not keep the host here.
         constexpr int kMostRounds = 16;
         for (int round = 0; round < kMostRounds && g_main_context_iteration(context, FALSE); ++round) {
         }
-    } else {
-        GSource* end = nullptr;
-        bool expired = false;
-        if (seconds > 0) {
-            end = g_timeout_source_new(0);
-            g_source_set_ready_time(end, g_get_monotonic_time() + static_cast<gint64>(seconds * 1e6));
-            g_source_set_callback(
-                end,
-                [](gpointer flag) -> gboolean {
-                    *static_cast<bool*>(flag) = true;
-                    return G_SOURCE_REMOVE;
-                },
-                &expired, nullptr);
-            g_source_attach(end, context);
-        }
-        while (!done() && !expired)
-            (void)g_main_context_iteration(context, TRUE);
-        if (end) {
-            g_source_destroy(end);
-            g_source_unref(end);
-        }
+        return;
     }
-    if (m_outer >= 0)
-        SyncOuter();
-    g_main_context_release(context);
+    GSource* end = nullptr;
+    bool expired = false;
+    if (seconds > 0) {
+        end = g_timeout_source_new(0);
+        g_source_set_ready_time(end, g_get_monotonic_time() + static_cast<gint64>(seconds * 1e6));
+        g_source_set_callback(
+            end,
+            [](gpointer flag) -> gboolean {
+                *static_cast<bool*>(flag) = true;
+                return G_SOURCE_REMOVE;
+            },
+            &expired, nullptr);
+        g_source_attach(end, context);
+    }
+    while (!done() && !expired)
+        (void)g_main_context_iteration(context, TRUE);
+    if (end) {
+        g_source_destroy(end);
+        g_source_unref(end);
+    }
 }
 
 int CMainLoop::Descriptor()

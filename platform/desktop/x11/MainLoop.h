@@ -4,8 +4,11 @@
 // that context through one descriptor.
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 #include <glib.h>
@@ -25,15 +28,25 @@ public:
     void Wake() noexcept;
     /// Answers whether it was woken since the last question.
     bool TakeWake();
-    /// Runs the main context.
-    /// @param seconds  0 runs what is due; above, also waits so long for `done`; below without end.
+    /// Runs the main context; where another thread does, serves what is ours beside it.
+    /// @param seconds  0 runs what is due; above, also waits so long for `done`; below without end. May
+    ///                 return earlier when the context is to be had that was not.
     void Run(double seconds, const std::function<bool()>& done);
+    /// See IDesktop.
+    bool TakeTurn(double seconds);
+    void LeaveTurn() noexcept;
     /// Answers a descriptor that is readable while the context has something to do; -1 without.
     int Descriptor();
 
 private:
-    static gboolean Check(GSource* source);
     static gboolean Dispatch(GSource* source, GSourceFunc, gpointer);
+    void ServeGuarded();
+    void RunContext(GMainContext* context, double seconds, const std::function<bool()>& done);
+    void RunBeside(GMainContext* context, double seconds, const std::function<bool()>& done);
+    /// Takes the turn if it is free; else takes our descriptor out of the context until it is.
+    bool TakeTurnOrStandBack();
+    /// Puts it back; with the mutex held.
+    void StepForward();
     /// Has the outer descriptor watch what the context watches now.
     void SyncOuter();
 
@@ -46,5 +59,10 @@ private:
     int m_outerTimer = -1;
     std::vector<int> m_outerWatched;
     Source* m_source = nullptr;
-    gpointer m_tag = nullptr;
+
+    std::mutex m_mutex; ///< Guards what follows.
+    std::condition_variable m_turnFree;
+    std::thread::id m_turn;   ///< Whose turn it is, while there are turns.
+    int m_turns = 0;          ///< Nested ones of that thread.
+    gpointer m_tag = nullptr; ///< Our descriptor in the context; null while that stands back.
 };

@@ -38,6 +38,8 @@ public:
     void OfferText(TextExchange where, std::string_view text) override;
     void RequestText(TextExchange where, std::uint32_t request) override;
     int PumpInput(double seconds) override;
+    bool TakeTurn(double seconds) override { return m_loop.TakeTurn(seconds); }
+    void LeaveTurn() noexcept override { m_loop.LeaveTurn(); }
     void SetDeadline(double seconds) override;
     void Wake() noexcept override { m_loop.Wake(); }
     int Descriptor() override { return m_loop.Descriptor(); }

@@ -152,16 +152,36 @@ int Loop::Pump(double seconds)
     const CPumping pumping;
     if (!pumping)
         return -1;
+    const CTurn turn(Desktop::ForLoop(), seconds);
+    if (!turn)
+        return 0; // the process's main loop handles what there is, in another thread
     Claim();
     int handled = Timers::FireDue();
     if (g_afterWork)
         g_afterWork();
     IDesktop& desktop = Desktop::ForLoop();
+    const CTurn again(desktop, 0); // it may be another one by now
+    if (!again)
+        return handled;
     desktop.SetDeadline(Timers::UntilNext());
     const int inputs = desktop.PumpInput(handled > 0 ? 0 : seconds);
     if (g_afterWork)
         g_afterWork();
     return inputs < 0 ? -1 : handled + inputs;
+}
+
+bool Loop::RunUntil(const std::function<bool()>& isOver)
+{
+    const CPumping pumping;
+    if (!pumping)
+        return false;
+    const CTurn turn(Desktop::ForLoop(), -1);
+    while (!isOver()) {
+        const int dispatched = DispatchQueued();
+        if (Pump(dispatched > 0 ? 0 : -1) < 0)
+            return false;
+    }
+    return true;
 }
 
 void Loop::Wake() noexcept

@@ -3,6 +3,8 @@
 // The event loop: whose thread it is, waiting, and what is due in between. Without the lock.
 #pragma once
 
+#include <functional>
+
 namespace Loop {
 
 /// Makes the calling thread the event-loop thread. Called by all that only that thread does.
@@ -16,6 +18,10 @@ bool IsCurrent() noexcept;
 /// @param seconds  the longest wait; 0 polls, below 0 waits without limit.
 /// @return how much was handled; -1 when the display is gone for good or another thread pumps.
 int Pump(double seconds);
+/// Pumps and dispatches until something holds, all of it in the calling thread, whichever runs the
+/// process's main loop. Waits for one that is handling an input.
+/// @return false when the display is gone for good or another thread pumps.
+bool RunUntil(const std::function<bool()>& isOver);
 /// Ends a wait, or has the process's main loop do what is due. Any thread.
 void Wake() noexcept;
 /// Does what is due when a wait ended or the process's main loop comes round: queued events, unless

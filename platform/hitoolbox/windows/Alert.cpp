@@ -255,20 +255,11 @@ OSStatus MakeAlert(const Request& request, DialogRef* outAlert)
     return noErr;
 }
 
-// Runs the loop until the alert is answered or gone.
-OSStatus RunUntilAnswered(DialogRef reference)
+bool IsOver(DialogRef reference)
 {
-    for (;;) {
-        {
-            const CToolboxLock lock;
-            const CAlert* const alert = Find<CAlert>(reference);
-            if (!alert || alert->answered || !Find<CWindow>(alert->window))
-                return noErr;
-        }
-        const int dispatched = Loop::DispatchQueued();
-        if (Loop::Pump(dispatched > 0 ? 0 : -1) < 0)
-            return kCVNoDesktopErr;
-    }
+    const CToolboxLock lock;
+    const CAlert* const alert = Find<CAlert>(reference);
+    return !alert || alert->answered || !Find<CWindow>(alert->window);
 }
 
 } // namespace
@@ -309,16 +300,16 @@ OSStatus RunStandardAlert(DialogRef inAlert, ModalFilterUPP filterProc, DialogIt
             return paramErr;
         ShowWindow(alert->window);
         SelectWindow(alert->window);
-        const OSStatus status = RunUntilAnswered(inAlert);
+        const bool ran = Loop::RunUntil([inAlert] { return IsOver(inAlert); });
         DialogItemIndex hit = 0;
         {
             const CToolboxLock lock;
             hit = alert->answered ? alert->hit : alert->unanswered;
         }
         DisposeDialog(inAlert);
-        if (status == noErr && outItemHit)
+        if (ran && outItemHit)
             *outItemHit = hit;
-        return status;
+        return ran ? OSStatus{noErr} : OSStatus{kCVNoDesktopErr};
     });
 }
 

@@ -226,6 +226,11 @@ void Surfaces::Sync()
         Loop::Wake();
         return;
     }
+    const CTurn turn(*desktop, 0);
+    if (!turn) {
+        Loop::Wake();
+        return;
+    }
     Guarded(0, [desktop] {
         SyncAll(*desktop);
         Menu::Update();
@@ -239,6 +244,9 @@ void Surfaces::SyncAndPaint()
     IDesktop* const desktop = Desktop::Current();
     if (!desktop || !Loop::IsCurrent())
         return;
+    const CTurn turn(*desktop, 0);
+    if (!turn)
+        return; // whose turn it is has been woken
     Guarded(0, [desktop] {
         std::vector<WindowRef> dirty;
         {
