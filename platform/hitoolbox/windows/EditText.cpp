@@ -85,7 +85,8 @@ void CEditText::ScrollBy(double x, double y)
 {
     constexpr double kStep = 16;
     const Rect& bounds = m_control.bounds;
-    const TextSize size = Metrics().Measure(Layout(m_editor.Text()));
+    const TextLayout layout = Layout(m_editor.Text());
+    const TextSize size = MetricsFor(layout).Measure(layout);
     const auto limited = [](double place, double text, double room) {
         return std::clamp(place, 0.0, std::max(text - room, 0.0));
     };
@@ -131,15 +132,41 @@ TextLayout CEditText::Layout(std::string_view text) const
     return layout;
 }
 
+TextPart CEditText::ShownPart() const
+{
+    const TextLayout layout = Layout(m_editor.Text());
+    const TextSpan selection = m_editor.Selection();
+    TextPart part;
+    part.caret = m_editor.Caret();
+    part.selectionStart = selection.begin;
+    part.selectionEnd = selection.end;
+    const Rect& bounds = m_control.bounds;
+    if (CLongText::Suits(layout))
+        part =
+            m_long.PartIn(layout, m_scrollX, m_scrollY, bounds.right - bounds.left, bounds.bottom - bounds.top, part);
+    else
+        part.text = m_editor.Text();
+    part.x -= m_scrollX;
+    part.y -= m_scrollY;
+    return part;
+}
+
+const ITextMetrics& CEditText::MetricsFor(const TextLayout& layout) const
+{
+    return CLongText::Suits(layout) ? m_long : Metrics();
+}
+
 CaretSpot CEditText::SpotOf(std::string_view text, std::size_t offset) const
 {
-    const CaretPlace place = Metrics().PlaceOf(Layout(text), offset);
+    const TextLayout layout = Layout(text);
+    const CaretPlace place = MetricsFor(layout).PlaceOf(layout, offset);
     return {place.x, place.y, place.height};
 }
 
 std::size_t CEditText::OffsetAt(std::string_view text, double x, double y) const
 {
-    return Metrics().OffsetAt(Layout(text), x, y);
+    const TextLayout layout = Layout(text);
+    return MetricsFor(layout).OffsetAt(layout, x, y);
 }
 
 bool CEditText::Edit(CToolboxLock& lock, const std::function<bool(CTextEditor&)>& edit)

@@ -6,6 +6,7 @@
 
 #include "platform/desktop/IDesktop.h"
 #include "platform/hitoolbox/windows/Control.h"
+#include "platform/hitoolbox/windows/LongText.h"
 #include "platform/hitoolbox/windows/TextEditor.h"
 
 /// With the lock held, as everything here.
@@ -39,8 +40,8 @@ public:
     TextLayout Layout(std::string_view text) const;
 
     const CTextEditor& Editor() const { return m_editor; }
-    double ScrollX() const { return m_scrollX; }
-    double ScrollY() const { return m_scrollY; }
+    /// What is seen of the text; its place counts from the top left of the control.
+    TextPart ShownPart() const;
 
     /// Runs an edit of the user's; `lock` is given up while handlers are asked. Nothing of a locked
     /// text is changed.
@@ -53,6 +54,7 @@ public:
 
 private:
     TextAnswer Ask(const TextProposal& proposal, std::string& replacement);
+    const ITextMetrics& MetricsFor(const TextLayout& layout) const;
     CaretSpot SpotOf(std::string_view text, std::size_t offset) const override;
     std::size_t OffsetAt(std::string_view text, double x, double y) const override;
 
@@ -61,6 +63,7 @@ private:
     CRef<const __CFString> m_given; // the text as an object, while it is that
     CToolboxLock* m_lock = nullptr; // of the edit under way
     double m_scrollX = 0, m_scrollY = 0;
+    CLongText m_long;
 };
 
 // What the user does, without the lock. A control that is gone or no edit text takes nothing.

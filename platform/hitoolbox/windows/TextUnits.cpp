@@ -237,6 +237,9 @@ std::size_t LineEnd(std::string_view text, std::size_t offset)
 std::size_t LineBreakLength(std::string_view text, std::size_t offset)
 {
     const std::string_view rest = text.substr(std::min(offset, text.size()));
+    constexpr std::string_view kFirstBytes = "\n\r\xE2";
+    if (rest.empty() || kFirstBytes.find(rest.front()) == std::string_view::npos)
+        return 0; // at once, for nearly every character
     for (const std::string_view lineBreak : {"\r\n", "\r", "\n", "\u2028", "\u2029"}) {
         if (rest.substr(0, lineBreak.size()) == lineBreak)
             return lineBreak.size();

@@ -10,17 +10,16 @@ namespace {
 
 void CopyEdit(ControlView& view, const CEditText& edit)
 {
-    const CTextEditor& editor = edit.Editor();
-    const TextSpan selection = editor.Selection();
-    view.text = editor.Text();
+    TextPart part = edit.ShownPart();
+    view.text = std::move(part.text);
     view.concealed = edit.IsPassword();
     view.singleLine = edit.IsSingleLine();
     view.locked = edit.locked;
-    view.selectionStart = selection.begin;
-    view.selectionEnd = selection.end;
-    view.caret = editor.Caret();
-    view.scrollX = edit.ScrollX();
-    view.scrollY = edit.ScrollY();
+    view.selectionStart = part.selectionStart;
+    view.selectionEnd = part.selectionEnd;
+    view.caret = part.caret;
+    view.scrollX = -part.x;
+    view.scrollY = -part.y;
 }
 
 ControlView ViewOf(const CControl& control, const CWindow& window)

@@ -42,7 +42,7 @@ struct ControlView {
     ControlRef reference = nullptr;
     ControlClass kind = ControlClass::UserPane;
     Rect bounds = {}; ///< Points from the top left of the window's content.
-    std::string text; ///< The title, or the text of a static or edit text; UTF-8.
+    std::string text; ///< The title, or the text of a static or edit text, of a long one what is seen; UTF-8.
     TextFont font = TextFont::System;
     Justification justification = Justification::ByScript;
     std::optional<RGBColor> textColor;
