@@ -44,6 +44,12 @@ bool IsRightToLeft(std::string_view text)
     return false;
 }
 
+/// A long translation loses size before it loses letters.
+TextFont SmallerFont(TextFont font)
+{
+    return font == TextFont::System ? TextFont::Small : font == TextFont::SystemBold ? TextFont::SmallBold : font;
+}
+
 /// Draws the controls of one window.
 class CLook {
 public:
@@ -195,8 +201,8 @@ void CLook::DrawTextIn(const CanvasRect& area, const ControlView& control, std::
     layout.width = area.width;
     layout.wrapped = wrapped;
     TextSize size = m_canvas.Metrics().Measure(layout);
-    if (layout.font == TextFont::System && (size.width > area.width || size.height > area.height + kTitleSlack)) {
-        layout.font = TextFont::Small; // a long translation loses size before it loses letters
+    if (size.width > area.width || size.height > area.height + kTitleSlack) {
+        layout.font = SmallerFont(layout.font);
         size = m_canvas.Metrics().Measure(layout);
     }
     double height = size.height;
@@ -266,7 +272,12 @@ void CLook::DrawStaticText(const ControlView& control)
     TextStyle style;
     style.colour = TextColourOf(control);
     style.height = bounds.height + kTitleSlack;
-    const double excess = m_canvas.Metrics().Measure(layout).height - bounds.height;
+    double height = m_canvas.Metrics().Measure(layout).height;
+    if (height > style.height) {
+        layout.font = SmallerFont(layout.font);
+        height = m_canvas.Metrics().Measure(layout).height;
+    }
+    const double excess = height - bounds.height;
     m_canvas.DrawText(layout, style, bounds.x, bounds.y - std::clamp(excess / 2, 0.0, kTitleSlack / 2));
 }
 
