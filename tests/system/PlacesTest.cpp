@@ -4,6 +4,8 @@
 // itself. The loader program is a process of its own, so that nothing of ours is loaded before.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -163,6 +165,27 @@ TEST(Places, LoadingMapsFewLibrariesAndStartsNothing)
         EXPECT_GE(libraries, 2) << result.out;
         EXPECT_LE(libraries, 5) << result.out;
     }
+}
+
+TEST(Places, LoadingTouchesNoDisplay)
+{
+    // A display that anybody could connect to, and nobody does.
+    const CTemporaryFolder folder;
+    const std::string path = folder / "display";
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int server = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    ASSERT_EQ(bind(server, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(server, 8), 0);
+    const CEnvironment display("DISPLAY", ("unix:" + path).c_str());
+    const ProgramResult result = RunProgram({CV_LOADER, BuiltBundle() + "/Contents/MacOS/Quillets"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(accept(server, nullptr, nullptr), -1);
+    close(server);
+    for (const char* const library : {"libcvplatform-", "libxcb", "libX", "libxkbcommon", "libcairo", "libpango",
+                                      "libgdk", "libglib", "libgio", "libgobject", "libwayland", "libfontconfig"})
+        EXPECT_EQ(result.out.find(library), std::string::npos) << result.out;
 }
 
 TEST(Places, TheToolFindsTheBundleBesideIt)

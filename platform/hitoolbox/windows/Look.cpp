@@ -313,6 +313,7 @@ void CLook::DrawEditText(const ControlView& control)
         control.singleLine ? bounds.y + (bounds.height - caret.height) / 2 - caret.y : bounds.y - control.scrollY;
     if (!control.text.empty())
         m_canvas.DrawText(layout, style, left, top);
+    // The caret is steady: one that blinks wakes the machine twice a second for as long as a dialog is open.
     if (active && control.enabled && !control.locked && control.selectionStart == control.selectionEnd)
         m_canvas.Fill({left + caret.x, top + caret.y, 1, caret.height}, 0, m_palette.text);
     m_canvas.PopClip();

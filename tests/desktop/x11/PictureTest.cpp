@@ -7,7 +7,9 @@
 #include <poll.h>
 #include <signal.h>
 
+#include <filesystem>
 #include <map>
+#include <sstream>
 
 #include "tests/support/Desk.h"
 
@@ -276,6 +278,22 @@ TEST(Picture, MachineWithoutFontsHasADialogThatWorks)
     });
 }
 
+/// How often threads of this process gave the processor away so far, each time to be woken again.
+long SwitchesOfAllThreads()
+{
+    long switches = 0;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::istringstream status(ReadFile(thread.path() / "status"));
+        for (std::string line; std::getline(status, line);) {
+            constexpr std::string_view kField = "voluntary_ctxt_switches:";
+            if (line.compare(0, kField.size(), kField) == 0)
+                switches += std::stol(line.substr(kField.size()));
+        }
+    }
+    return switches;
+}
+
+// The caret of a field that has the keyboard is steady: one that blinks wakes the machine twice a second.
 TEST(Picture, UntouchedWindowWakesNobody)
 {
     OnScreen(Nothing, [](const CScreen& screen, const CDialog& dialog) {
@@ -288,6 +306,10 @@ TEST(Picture, UntouchedWindowWakesNobody)
         for (; wakeups < 100 && poll(&wait, 1, 1500) > 0; ++wakeups) // what is still on its way, then silence
             EXPECT_EQ(CVPump(), noErr);
         EXPECT_LT(wakeups, 10);
+        // Nor do threads of libraries wake: none of the process runs while it waits.
+        const long switches = SwitchesOfAllThreads();
+        EXPECT_EQ(RunCurrentEventLoop(2.0), eventLoopTimedOutErr);
+        EXPECT_LT(SwitchesOfAllThreads() - switches, 5);
     });
 }
 
