@@ -149,8 +149,12 @@ TEST_F(Selections, LongTextsComeInInParts)
     const std::string text = LongText();
     std::optional<CProgram> owner;
     Offer(owner, "clipboard", text);
-    Paste('EDIT');
-    EXPECT_TRUE(Becomes('EDIT', text));
+    for (const OSType field : {'EDIT', 'MULT'}) {
+        Paste(field);
+        EXPECT_TRUE(Becomes(field, text));
+        m_screen.Tap('x');
+        EXPECT_TRUE(Becomes(field, text + "x"));
+    }
 }
 
 TEST_F(Selections, OtherProgramTakesTheClipboardOver)
