@@ -31,7 +31,7 @@ public:
 
     /// Answers the part that shows in a field, and somewhat around it, so that a caret or an end of the
     /// selection that is elsewhere in the text is out of sight in the part as well.
-    /// @param view    what is seen of the text, in points from its top left.
+    /// @param left, top, width, height  what is seen, in points from the text's top left.
     /// @param marked  caret and selection in the whole text, in bytes; the rest is not read.
     TextPart PartIn(const TextLayout& layout, double left, double top, double width, double height,
                     const TextPart& marked) const;
