@@ -176,7 +176,7 @@ TEST_F(Install, UninstallLeavesPreferencesAndACopiedBundleThatWorks)
     EXPECT_EQ(result.out.rfind(kName, 0), 0U) << result.out;
 }
 
-TEST_F(Install, ManualNamesEveryCommand)
+TEST_F(Install, ManualNamesEveryCommandAndOption)
 {
     const ProgramResult manual = RunProgram({"gzip", "-dc", m_prefix + "/share/man/man1/quillets.1.gz"});
     Expect(manual);
@@ -187,6 +187,12 @@ TEST_F(Install, ManualNamesEveryCommand)
     for (std::string command, rest; lines >> command && std::getline(lines, rest); ++commands) {
         const std::regex heading("(^|\n)\\.BI?R? \"?" + command + "[ \n]");
         EXPECT_TRUE(std::regex_search(manual.out, heading)) << command << " is not in the manual";
+        const std::string usage = RunProgram({m_prefix + "/bin/quillets", command, "--help"}).out;
+        const std::regex option(R"(--[a-z][-a-z]*)");
+        for (std::sregex_iterator at(usage.begin(), usage.end(), option), end; at != end; ++at) {
+            const std::string escaped = std::regex_replace(at->str(), std::regex("-"), R"(\-)");
+            EXPECT_NE(manual.out.find(escaped), std::string::npos) << command << " " << at->str();
+        }
     }
     EXPECT_GE(commands, 2);
 }
