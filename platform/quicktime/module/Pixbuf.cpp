@@ -17,7 +17,7 @@ struct Unref {
 template <typename T>
 using ObjectPtr = std::unique_ptr<T, Unref>;
 
-constexpr std::size_t kPiece = 64 * 1024;
+constexpr std::size_t kPiece = std::size_t{64} * 1024;
 
 struct Limit {
     std::uint64_t mostPixels;
