@@ -341,6 +341,8 @@ xcb_window_t CScreen::MakeWindow(int x, int y, int width, int height, const std:
     SetProperty(window, "WM_NAME", "STRING", 8, title);
     xcb_map_window(m_connection, window);
     Sync();
+    if (m_manager) // which puts it into its frame first
+        (void)WaitFor([&] { return HasProperty(window, "WM_STATE"); });
     return window;
 }
 

@@ -95,6 +95,11 @@ public:
     std::size_t LongestRequest() const { return m_longestRequest; }
     bool IsDead() const { return xcb_connection_has_error(m_connection) != 0; }
     void Flush() { (void)xcb_flush(m_connection); } // failure shows in IsDead
+    /// Writing and waiting read as well what the server has sent. Answers whether something came so
+    /// since NoteTaken: no descriptor shows it any more.
+    bool HasUntaken() const { return xcb_total_read(m_connection) != m_taken; }
+    /// All that was read has been taken.
+    void NoteTaken() { m_taken = xcb_total_read(m_connection); }
 
     void SetText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, std::string_view bytes);
     void SetWords(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, const std::vector<std::uint32_t>& words);
@@ -131,6 +136,7 @@ private:
     xcb_gcontext_t m_gc = 0;
     std::uint8_t m_depth = 0;
     std::size_t m_longestRequest = 0;
+    std::uint64_t m_taken = 0; ///< Of the bytes that were read.
     std::list<Answer> m_answers;
     int m_screenNumber = 0;
 };

@@ -81,7 +81,7 @@ void CX11Desktop::SetTitle(SurfaceId id, std::string_view title)
     m_connection->SetText(surface->window, (*m_connection)[Atom::NetWmName], (*m_connection)[Atom::Utf8String], title);
     m_connection->SetText(surface->window, XCB_ATOM_WM_NAME, (*m_connection)[Atom::Utf8String], title);
     if (surface->asked)
-        m_connection->Flush();
+        Flush();
 }
 
 void CX11Desktop::SetSizeHints(const Surface& surface)
@@ -132,7 +132,7 @@ void CX11Desktop::SetOwner(SurfaceId id, SurfaceId owner, ForeignWindowId foreig
     constexpr std::uint32_t kRemove = 0, kAdd = 1, kFromProgram = 1;
     m_connection->SendToRoot(surface->window, Atom::NetWmState,
                              {modal ? kAdd : kRemove, (*m_connection)[Atom::NetWmStateModal], 0, kFromProgram, 0});
-    m_connection->Flush();
+    Flush();
 }
 
 void CX11Desktop::SetStates(const Surface& surface)

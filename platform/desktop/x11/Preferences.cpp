@@ -46,9 +46,9 @@ void CX11Desktop::AskSettings()
         m_connection->Await(bytes.sequence, [this](void* property) {
             TakeSettings(CConnection::BytesOf(static_cast<const xcb_get_property_reply_t*>(property)));
         });
-        m_connection->Flush();
+        Flush();
     });
-    m_connection->Flush();
+    Flush();
 }
 
 void CX11Desktop::TakeSettings(const std::string& bytes)

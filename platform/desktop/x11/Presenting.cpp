@@ -134,13 +134,13 @@ bool CX11Desktop::Present(SurfaceId id, const PixelBuffer& picture, const PixelR
         xcb_change_window_attributes(display, surface->window, XCB_CW_BACK_PIXMAP, &surface->background);
         if (surface->asked) { // it may have appeared already, with the background of before
             xcb_clear_area(display, 0, surface->window, 0, 0, 0, 0);
-            m_connection->Flush();
+            Flush();
         }
         return true; // else sent when the window is shown
     }
     DropBackground(*surface);
     if (part.width > 0 && part.height > 0)
         Upload(surface->window, picture, part);
-    m_connection->Flush();
+    Flush();
     return true;
 }

@@ -52,7 +52,7 @@ CX11Desktop::CX11Desktop(std::unique_ptr<CConnection> connection)
     xcb_change_window_attributes(m_connection->Get(), m_connection->Screen().root, XCB_CW_EVENT_MASK, kEvents);
     ReadPreferences();
     m_loop.Watch(xcb_get_file_descriptor(m_connection->Get()));
-    m_loop.Wake(); // waiting for answers may have brought events along, which no descriptor shows
+    m_loop.Wake(); // waiting for answers may have brought events along
     m_portal = new CPortal([this](CPortal::Preference preference) { TakePreference(preference); });
 }
 
@@ -114,7 +114,7 @@ void CX11Desktop::DestroySurface(SurfaceId id)
     xcb_destroy_window(m_connection->Get(), surface->window);
     m_windows.erase(surface->window);
     m_surfaces.erase(id);
-    m_connection->Flush();
+    Flush();
 }
 
 void CX11Desktop::ShowSurface(SurfaceId id)
@@ -124,7 +124,9 @@ void CX11Desktop::ShowSurface(SurfaceId id)
     if (!surface || surface->asked)
         return;
     surface->asked = true;
-    if (!surface->mapping && !surface->withdrawing) // else it comes by itself
+    if (surface->mapping || surface->withdrawing)
+        Flush(); // it comes by itself; what we wait for may have been read with the picture's sending
+    else
         Map(*surface);
 }
 
@@ -133,7 +135,7 @@ void CX11Desktop::Map(Surface& surface)
     surface.mapping = true;
     SetStates(surface);
     xcb_map_window(m_connection->Get(), surface.window);
-    m_connection->Flush(); // the host may not come round for a while
+    Flush(); // the host may not come round for a while
 }
 
 void CX11Desktop::HideSurface(SurfaceId id)
@@ -160,7 +162,7 @@ void CX11Desktop::Withdraw(Surface& surface)
     xcb_send_event(m_connection->Get(), 0, withdrawn.event,
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char*>(&withdrawn));
-    m_connection->Flush();
+    Flush();
 }
 
 void CX11Desktop::EndWithdrawal(Surface& surface)
@@ -189,7 +191,7 @@ void CX11Desktop::SelectSurface(SurfaceId id)
         return;
     m_toActivate = id;
     AskTime();
-    m_connection->Flush();
+    Flush();
 }
 
 void CX11Desktop::ResizeSurface(SurfaceId id, int width, int height)
@@ -205,7 +207,7 @@ void CX11Desktop::ResizeSurface(SurfaceId id, int width, int height)
     const std::uint32_t size[] = {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
     xcb_configure_window(m_connection->Get(), surface->window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
                          size);
-    m_connection->Flush();
+    Flush();
 }
 
 xcb_cursor_t CX11Desktop::CursorOf(CursorShape shape)
@@ -236,7 +238,7 @@ void CX11Desktop::SetCursor(SurfaceId id, CursorShape shape)
     surface->cursor = shape;
     const std::uint32_t cursor[] = {CursorOf(shape)};
     xcb_change_window_attributes(m_connection->Get(), surface->window, XCB_CW_CURSOR, cursor);
-    m_connection->Flush();
+    Flush();
 }
 
 void CX11Desktop::OfferText(TextExchange where, std::string_view text)
@@ -245,7 +247,7 @@ void CX11Desktop::OfferText(TextExchange where, std::string_view text)
     if (!IsAlive())
         return;
     m_selections.Offer(where, text, m_lastTime);
-    m_connection->Flush();
+    Flush();
 }
 
 void CX11Desktop::RequestText(TextExchange where, std::uint32_t request)
@@ -277,7 +279,7 @@ void CX11Desktop::Rearm()
     const double expiry = m_selections.Expire(Clock::Now());
     if (m_selections.HasTexts())
         Wake(); // to deliver them: whoever rearms may be no place for that
-    m_connection->Flush();
+    Flush();
     const bool soonest = expiry >= 0 && (m_deadline < 0 || expiry < m_deadline);
     m_loop.SetTimer(soonest ? expiry : m_deadline);
 }
@@ -290,6 +292,7 @@ void CX11Desktop::Serve()
         m_sink->Woken();
     }
     ServeTimers();
+    m_taking = true;
     while (!m_dead) {
         const CReply<xcb_generic_event_t> event(xcb_poll_for_event(m_connection->Get()));
         m_connection->TakeAnswers(event.get());
@@ -304,11 +307,20 @@ void CX11Desktop::Serve()
         TakeMotion();
         TakeEvent(*event);
     }
+    m_taking = false;
+    m_connection->NoteTaken();
     TakeMotion();
     Deliver();
     Rearm();
     if (m_connection->IsDead())
         Die();
+}
+
+void CX11Desktop::Flush()
+{
+    m_connection->Flush();
+    if (!m_taking && m_connection->HasUntaken())
+        Wake();
 }
 
 void CX11Desktop::ServeTimers()
@@ -652,7 +664,7 @@ void CX11Desktop::TakeState(const xcb_property_notify_event_t& event)
         if (withdrawn && word == 0)
             EndWithdrawal(*withdrawn);
     });
-    m_connection->Flush();
+    Flush();
 }
 
 namespace {

@@ -91,6 +91,8 @@ private:
     void SelectEvents(const Surface& surface, std::uint32_t events);
 
     void Serve();
+    /// Sends what was asked for.
+    void Flush();
     void ServeTimers();
     void TakeEvent(const xcb_generic_event_t& event);
     void TakeButton(const xcb_button_press_event_t& event, bool pressed);
@@ -130,6 +132,7 @@ private:
     xcb_cursor_t CursorOf(CursorShape shape);
 
     const std::unique_ptr<CConnection> m_connection;
+    bool m_taking = false; ///< What comes is being taken.
     IInputSink* m_sink = nullptr;
     CMainLoop m_loop;
     CKeyboard m_keyboard;

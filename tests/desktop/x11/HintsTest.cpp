@@ -167,6 +167,16 @@ TEST_F(Hints, HiddenWindowIsTakenBackAndShownAgain)
     EXPECT_EQ(ShownOn(m_screen, m_dialog.Window()).id, m_window);
 }
 
+TEST_F(Hints, HiddenWindowIsShownAgainBeforeWeHaveHeardThatItIsGone)
+{
+    (void)ActiveOn(m_screen, m_dialog.Window()); // else we have not heard yet that it is there
+    HideWindow(m_dialog.Window());
+    ASSERT_TRUE(WaitFor([&] { return !m_screen.HasProperty(m_window, "WM_STATE"); }));
+    m_screen.Sync(); // the word of it lies in our socket, and is read while the new picture is sent
+    ShowWindow(m_dialog.Window());
+    EXPECT_EQ(ShownOn(m_screen, m_dialog.Window()).id, m_window);
+}
+
 TEST_F(Hints, ManagersQuestionForLifeIsAnswered)
 {
     xcb_connection_t* const connection = m_screen.Connection();
