@@ -162,6 +162,7 @@ public:
         if (!m_code)
             throw std::runtime_error(dlerror());
         Find("cv_CFStringCreateWithCString", m_makeString);
+        Find("cv_CFRelease", m_release);
         Find("cv_CFPreferencesSetValue", m_setValue);
         Find("cv_CFPreferencesSynchronize", m_synchronize);
         m_user = *static_cast<CFStringRef*>(dlsym(m_code, "cv_kCFPreferencesAnyUser"));
@@ -173,7 +174,10 @@ public:
         const CFStringRef domain = m_makeString(nullptr, "com.corvane.crash", kCFStringEncodingUTF8);
         const CFStringRef key = m_makeString(nullptr, name.c_str(), kCFStringEncodingUTF8);
         m_setValue(key, key, domain, m_user, m_host);
-        return m_synchronize(domain, m_user, m_host) != 0;
+        const bool isStored = m_synchronize(domain, m_user, m_host) != 0;
+        m_release(key);
+        m_release(domain);
+        return isStored;
     }
 
 private:
@@ -186,6 +190,7 @@ private:
     }
     void* m_code;
     decltype(CFStringCreateWithCString)* m_makeString = nullptr;
+    decltype(CFRelease)* m_release = nullptr;
     decltype(CFPreferencesSetValue)* m_setValue = nullptr;
     decltype(CFPreferencesSynchronize)* m_synchronize = nullptr;
     CFStringRef m_user;
