@@ -81,8 +81,9 @@ std::map<std::string, std::string> ReadScope(CFStringRef domain, CFStringRef use
     for (CFIndex index = 0; index < CFArrayGetCount(keys); ++index) {
         const auto key = static_cast<CFStringRef>(CFArrayGetValueAtIndex(keys, index));
         const CFPropertyListRef value = CFPreferencesCopyValue(key, domain, user, kCFPreferencesCurrentHost);
-        if (value)
-            values.emplace(TextOf(key), Show(value));
+        if (!value)
+            continue; // removed meanwhile
+        values.emplace(TextOf(key), Show(value));
         CFRelease(value);
     }
     CFRelease(keys);
