@@ -40,6 +40,7 @@ struct Machine {
     std::vector<EventHandlerRef> handlers;
     std::vector<EventLoopTimerRef> timers;
     int depth = 0;
+    int runs = 0; // of the application's loop, one inside the other
 };
 
 template <typename Ref>
@@ -214,7 +215,7 @@ void ReceiveEvent(Machine& machine)
         ReleaseEvent(event);
 }
 
-// What was asked to end ends at once; then nothing is left that would end another.
+// What was asked to end ends soon: a run inside another takes the request of both, so it asks again.
 void QuitAndRun(Machine& machine)
 {
     if (machine.bytes.Next() % 2 == 0)
@@ -223,8 +224,11 @@ void QuitAndRun(Machine& machine)
         QuitApplicationEventLoop();
     if (machine.depth >= 3)
         return;
+    ++machine.runs;
     QuitApplicationEventLoop();
     RunApplicationEventLoop();
+    if (--machine.runs > 0)
+        QuitApplicationEventLoop();
 }
 
 void PostInput(Machine& machine)

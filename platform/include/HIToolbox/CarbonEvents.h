@@ -247,7 +247,8 @@ OSStatus FlushEventQueue(EventQueueRef inQueue) CV_LINK(FlushEventQueue);
 /// Runs the loop, dispatching events, until QuitApplicationEventLoop is called. The calling thread
 /// becomes the event-loop thread.
 void RunApplicationEventLoop(void) CV_LINK(RunApplicationEventLoop);
-/// Ends RunApplicationEventLoop, or lets its next call return at once. Any thread.
+/// Ends RunApplicationEventLoop (of nested calls the innermost), or lets its next call return at once.
+/// Requests made before one is followed count as one. Any thread.
 void QuitApplicationEventLoop(void) CV_LINK(QuitApplicationEventLoop);
 /// Answer the layer's one loop, on every thread.
 EventLoopRef GetMainEventLoop(void) CV_LINK(GetMainEventLoop);
