@@ -387,6 +387,30 @@ TEST(Loop, QuitCommandEndsIt)
     RunApplicationEventLoop(); // returns at once
 }
 
+TEST(Loop, QuitEndsTheInnermostRunAndTheOuterOneNeedsAnother)
+{
+    UseHeadlessDesktop();
+    static bool inner = false;
+    static bool outerRan = false;
+    inner = outerRan = false;
+    const EventLoopTimerProcPtr runAnother = [](EventLoopTimerRef, void*) {
+        QuitApplicationEventLoop();
+        QuitApplicationEventLoop(); // the same request
+        RunApplicationEventLoop();
+        inner = true;
+    };
+    const EventLoopTimerProcPtr quit = [](EventLoopTimerRef, void*) {
+        outerRan = inner;
+        QuitApplicationEventLoop();
+    };
+    (void)InstallEventLoopTimer(GetMainEventLoop(), 1, 0, runAnother, nullptr, nullptr);
+    (void)InstallEventLoopTimer(GetMainEventLoop(), 2, 0, quit, nullptr, nullptr);
+    const double before = GetCurrentEventTime();
+    RunApplicationEventLoop();
+    EXPECT_TRUE(outerRan);
+    EXPECT_NEAR(GetCurrentEventTime() - before, 2.0, 0.001);
+}
+
 TEST(Timer, FiresOnceOrAgainAndAgain)
 {
     UseHeadlessDesktop();
