@@ -17,6 +17,17 @@ CPictCanvas::CPictCanvas(const PictRect& source, int width, int height)
     m_pixels.height = height;
 }
 
+bool CPictCanvas::Adopt(Raster& image, const PictRect& source, const PictRect& destination)
+{
+    const bool fills = image.width == m_pixels.width && image.height == m_pixels.height && source == m_area &&
+                       m_map.Of(destination) == m_area && (!m_clip || m_clip->Covers(m_area, m_map));
+    if (m_drawn || !fills)
+        return false;
+    m_pixels = std::move(image);
+    m_drawn = true;
+    return true;
+}
+
 bool CPictCanvas::Spend(std::uint64_t work)
 {
     if (work > m_workLeft) {

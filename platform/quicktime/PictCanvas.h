@@ -30,6 +30,11 @@ public:
     template <typename Image>
     void DrawImage(Image& image, const PictRect& source, const PictRect& destination, const CPictRegion* mask);
 
+    /// Takes an image's pixels as its own, which spares drawing them, where they would be the first
+    /// thing drawn and fill it one for one.
+    /// @return false, with the image left alone, when they would not.
+    bool Adopt(Raster& image, const PictRect& source, const PictRect& destination);
+
     /// Takes work, in pixels' worth, off what a picture is allowed.
     /// @return false when there is not enough left.
     bool Spend(std::uint64_t work);

@@ -235,14 +235,16 @@ CompressedResult DrawCompressed(Bytes data, CPictCanvas& canvas, const PictInks&
     if (reader.Failed() || !placement.isSupported || (maskSize != 0 && !mask))
         return result;
     const std::uint64_t mostPixels = std::min(canvas.WorkLeft(), kMaxPixels);
-    const std::optional<Raster> pixels = image.codec == kRawCodec   ? DecodeRaw(image, mostPixels)
-                                         : image.codec == kRunCodec ? DecodeRuns(image, mostPixels)
-                                                                    : decodeImage(image.bytes, mostPixels);
+    std::optional<Raster> pixels = image.codec == kRawCodec   ? DecodeRaw(image, mostPixels)
+                                   : image.codec == kRunCodec ? DecodeRuns(image, mostPixels)
+                                                              : decodeImage(image.bytes, mostPixels);
     if (!pixels || !canvas.Spend(pixels->argb.size()))
+        return result;
+    result.isDrawn = true;
+    if (!mask && IsCopy(mode) && canvas.Adopt(*pixels, source, result.destination))
         return result;
     CRasterPainter painter(*pixels, mode, inks);
     canvas.DrawImage(painter, source, result.destination, mask ? &*mask : nullptr);
-    result.isDrawn = true;
     return result;
 }
 

@@ -38,5 +38,13 @@ struct PictInks {
 /// copy.
 std::uint32_t CombineColour(int mode, std::uint32_t colour, std::uint32_t below, const PictInks& inks);
 
-/// The same for a pixel of a picture or pattern of one bit: modes 0 to 7, or 8 to 15 for patterns.
+/// Answers whether a mode is known to leave nothing of `below`, unless the colour has alpha: srcCopy and
+/// ditherCopy.
+constexpr bool IsCopy(int mode)
+{
+    return mode == 0 || mode == 64;
+}
+
+/// Answers what becomes of `below` when a pixel of one bit comes over it, of a picture or
+/// pattern: modes 0 to 7, or 8 to 15 for patterns.
 std::uint32_t CombineBit(int mode, bool bit, std::uint32_t below, const PictInks& inks);

@@ -76,6 +76,11 @@ std::optional<std::vector<CPictRegion::Row>> CPictRegion::ReadRows(CByteReader r
     return rows;
 }
 
+bool CPictRegion::Covers(const PictRect& pixels, const CPictMap& map) const
+{
+    return m_rows.empty() && pixels.Within(map.Of(m_bounds)) == pixels;
+}
+
 ShapePtr CPictRegion::MakeShape(const CPictMap& map) const
 {
     if (m_rows.empty())

@@ -17,6 +17,9 @@ public:
     /// @return nullopt, with the reader failed, when it is cut off or smaller than a rectangle.
     static std::optional<CPictRegion> Read(CByteReader& reader);
 
+    /// Answers whether it is known to have all of an area of pixels.
+    bool Covers(const PictRect& pixels, const CPictMap& map) const;
+
     /// Answers the area as pixels. The shape refers to the region, which must outlive it.
     ShapePtr MakeShape(const CPictMap& map) const;
 

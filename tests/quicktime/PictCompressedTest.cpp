@@ -16,6 +16,7 @@ struct CompressedMaker {
     FrameRect source = {0, 0, 2, 2};
     int moveX = 0, moveY = 0;
     unsigned scale = 0x10000;
+    unsigned mode = 0;
     unsigned dataSize = 0;
     std::string matte;
     std::string mask;
@@ -28,7 +29,7 @@ struct CompressedMaker {
         for (const unsigned number : {scale, 0U, 0U, 0U, scale, 0U})
             inner.U32(number);
         inner.S16(moveX).U16(0).S16(moveY).U16(0).U32(1U << 30U);
-        inner.U32(static_cast<unsigned>(matte.size())).Rect(0, 0, 0, 0).U16(0);
+        inner.U32(static_cast<unsigned>(matte.size())).Rect(0, 0, 0, 0).U16(mode);
         inner.Rect(source.top, source.left, source.bottom, source.right);
         inner.U32(0).U32(static_cast<unsigned>(mask.size()));
         if (!matte.empty())
@@ -118,6 +119,33 @@ TEST(PictCompressed, ClipApplies)
 {
     const std::string clip = CBytes().U16(1).Raw(RectRegion(0, 1, 2, 4)).Text();
     EXPECT_EQ(Draw(clip + Red().Make()), ".r..\n.r..\n");
+}
+
+TEST(PictCompressed, ImageThatFillsThePictureStillKeepsToClipMaskAndMode)
+{
+    CompressedMaker whole;
+    whole.data = TestImage(4, 2, 0xFFFF0000);
+    whole.source = {0, 0, 2, 4};
+    const std::string image = whole.Make(), dot = CBytes().U16(0x31).Rect(0, 0, 1, 1).Text();
+    EXPECT_EQ(Draw(image), "rrrr\nrrrr\n");
+    EXPECT_EQ(Draw(dot + image), "rrrr\nrrrr\n");
+    EXPECT_EQ(Draw(image + dot), "#rrr\nrrrr\n");
+    const auto clip = [](int right) {
+        return CBytes().U16(1).Raw(RectRegion(0, 0, 2, right)).Text();
+    };
+    EXPECT_EQ(Draw(clip(4) + image), "rrrr\nrrrr\n");
+    EXPECT_EQ(Draw(clip(3) + image), "rrr.\nrrr.\n");
+    whole.mask = RectRegion(0, 1, 2, 2);
+    EXPECT_EQ(Draw(whole.Make()), ".r..\n.r..\n");
+    whole.mask.clear();
+    whole.mode = 3; // srcBic: white stays where the colour is not black
+    EXPECT_EQ(Draw(whole.Make()), "....\n....\n");
+    whole.mode = 0;
+    whole.source = {0, 1, 2, 4};
+    EXPECT_EQ(Draw(whole.Make()), ".rrr\n.rrr\n");
+    whole.source = {0, 0, 2, 4};
+    whole.data = TestImage(4, 2, 0);
+    EXPECT_EQ(Draw(dot + whole.Make()), "#   \n    \n");
 }
 
 TEST(PictCompressed, AlphaIsKeptWhereNothingLiesBelow)

@@ -10,6 +10,7 @@
 namespace {
 
 constexpr std::size_t kPixelBytes = 4;
+constexpr std::size_t kMostPacked = 65536; ///< Bytes copied together for one request.
 
 PixelRect Within(const PixelRect& part, int width, int height)
 {
@@ -62,13 +63,16 @@ PixelRect NextPart(const PixelBuffer& picture, int top, std::uint32_t ground)
 void CX11Desktop::Upload(xcb_drawable_t target, const PixelBuffer& picture, const PixelRect& part)
 {
     const std::size_t row = static_cast<std::size_t>(part.width) * kPixelBytes;
+    const bool hasGaps = row != picture.stride;
     constexpr std::size_t kHeader = 64;
-    const std::size_t rowsAtOnce = std::max<std::size_t>((m_connection->LongestRequest() - kHeader) / row, 1);
+    const std::size_t mostAtOnce = m_connection->LongestRequest() - kHeader;
+    const std::size_t rowsAtOnce =
+        std::max<std::size_t>((hasGaps ? std::min(mostAtOnce, kMostPacked) : mostAtOnce) / row, 1);
     std::vector<std::uint8_t> packed;
     for (int done = 0; done < part.height;) {
         const int rows = std::min(part.height - done, static_cast<int>(std::min<std::size_t>(rowsAtOnce, 16384)));
         const std::uint8_t* source = PixelAt(picture, part.x, part.y + done);
-        if (row != picture.stride) {
+        if (hasGaps) {
             packed.resize(row * static_cast<std::size_t>(rows));
             for (int line = 0; line < rows; ++line)
                 std::memcpy(packed.data() + static_cast<std::size_t>(line) * row,
