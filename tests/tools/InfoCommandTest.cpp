@@ -11,7 +11,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 constexpr const char* kTitle = "Corvane Audio Quillets for Mac";
