@@ -10,7 +10,7 @@
 namespace {
 
 constexpr std::size_t kPixelBytes = 4;
-constexpr std::size_t kMostPacked = 65536; ///< Bytes copied together for one request.
+constexpr std::size_t kMostPacked = 16384; ///< Bytes copied together for one request.
 
 PixelRect Within(const PixelRect& part, int width, int height)
 {
