@@ -8,7 +8,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,6 +20,7 @@
 #include <thread>
 
 #include "tests/support/PreferencesSupport.h"
+#include "tests/support/Shortage.h"
 #if CV_MODULES
 #include "tests/launchservices/Viewers.h"
 #include "tests/support/Screen.h"
@@ -31,28 +31,6 @@ namespace {
 constexpr int kWorked = 10; // what a child answers when the use did all it had to
 constexpr int kMostNeeded = 200;
 constexpr int kFewest = CV_SANITIZED ? 8 : 0; // a checker of types takes some to look at an object
-
-/// Has the process open `left` more descriptors and no others, for a scope.
-class CShortage {
-public:
-    explicit CShortage(int left)
-    {
-        EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &m_before), 0);
-        rlimit limit = m_before;
-        limit.rlim_cur = 0;
-        for (int free = 0; free < left || IsOpen(limit.rlim_cur); ++limit.rlim_cur)
-            free += IsOpen(limit.rlim_cur) ? 0 : 1;
-        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
-    }
-    ~CShortage() { EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &m_before), 0); }
-    CShortage(const CShortage&) = delete;
-    CShortage& operator=(const CShortage&) = delete;
-
-private:
-    static bool IsOpen(rlim_t descriptor) { return fcntl(static_cast<int>(descriptor), F_GETFD) >= 0; }
-
-    rlimit m_before = {};
-};
 
 /// What `use` needs is done by `prepare`, with descriptors; `worked` says whether the last use did.
 struct Scenario {
