@@ -39,6 +39,19 @@ const Event& As(const xcb_generic_event_t& event)
     return reinterpret_cast<const Event&>(event);
 }
 
+/// Sets a flag for a scope, however that is left.
+class CTaking {
+public:
+    explicit CTaking(bool& flag) : m_flag(flag), m_before(flag) { m_flag = true; }
+    ~CTaking() { m_flag = m_before; }
+    CTaking(const CTaking&) = delete;
+    CTaking& operator=(const CTaking&) = delete;
+
+private:
+    bool& m_flag;
+    const bool m_before;
+};
+
 } // namespace
 
 CX11Desktop::CX11Desktop(std::unique_ptr<CConnection> connection)
@@ -292,7 +305,17 @@ void CX11Desktop::Serve()
         m_sink->Woken();
     }
     ServeTimers();
-    m_taking = true;
+    TakeEvents();
+    TakeMotion();
+    Deliver();
+    Rearm();
+    if (m_connection->IsDead())
+        Die();
+}
+
+void CX11Desktop::TakeEvents()
+{
+    const CTaking taking(m_taking);
     while (!m_dead) {
         const CReply<xcb_generic_event_t> event(xcb_poll_for_event(m_connection->Get()));
         m_connection->TakeAnswers(event.get());
@@ -307,13 +330,7 @@ void CX11Desktop::Serve()
         TakeMotion();
         TakeEvent(*event);
     }
-    m_taking = false;
     m_connection->NoteTaken();
-    TakeMotion();
-    Deliver();
-    Rearm();
-    if (m_connection->IsDead())
-        Die();
 }
 
 void CX11Desktop::Flush()

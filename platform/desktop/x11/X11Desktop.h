@@ -91,7 +91,8 @@ private:
     void SelectEvents(const Surface& surface, std::uint32_t events);
 
     void Serve();
-    /// Sends what was asked for.
+    void TakeEvents();
+    /// Sends what was asked for, and wakes the loop where that has read what nobody is taking.
     void Flush();
     void ServeTimers();
     void TakeEvent(const xcb_generic_event_t& event);
