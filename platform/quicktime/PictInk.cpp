@@ -23,7 +23,8 @@ enum Mode {
     kTransparent = 36,
     kAddMax = 37,
     kSubOver = 38,
-    kAdMin = 39
+    kAdMin = 39,
+    kDitherCopy = 64
 };
 
 std::uint32_t Channel(std::uint32_t pixel, unsigned shift)
@@ -106,6 +107,11 @@ std::uint32_t CombineColour(int mode, std::uint32_t colour, std::uint32_t below,
     default:
         return colour;
     }
+}
+
+bool IsCopy(int mode)
+{
+    return mode == kCopy || mode == kDitherCopy;
 }
 
 std::uint32_t CombineBit(int mode, bool bit, std::uint32_t below, const PictInks& inks)

@@ -40,10 +40,7 @@ std::uint32_t CombineColour(int mode, std::uint32_t colour, std::uint32_t below,
 
 /// Answers whether a mode is known to leave nothing of `below`, unless the colour has alpha: srcCopy and
 /// ditherCopy.
-constexpr bool IsCopy(int mode)
-{
-    return mode == 0 || mode == 64;
-}
+bool IsCopy(int mode);
 
 /// Answers what becomes of `below` when a pixel of one bit comes over it, of a picture or
 /// pattern: modes 0 to 7, or 8 to 15 for patterns.

@@ -65,9 +65,10 @@ void CX11Desktop::Upload(xcb_drawable_t target, const PixelBuffer& picture, cons
     const std::size_t row = static_cast<std::size_t>(part.width) * kPixelBytes;
     const bool hasGaps = row != picture.stride;
     constexpr std::size_t kHeader = 64;
-    const std::size_t mostAtOnce = m_connection->LongestRequest() - kHeader;
-    const std::size_t rowsAtOnce =
-        std::max<std::size_t>((hasGaps ? std::min(mostAtOnce, kMostPacked) : mostAtOnce) / row, 1);
+    std::size_t mostAtOnce = m_connection->LongestRequest() - kHeader;
+    if (hasGaps)
+        mostAtOnce = std::min(mostAtOnce, kMostPacked);
+    const std::size_t rowsAtOnce = std::max<std::size_t>(mostAtOnce / row, 1);
     std::vector<std::uint8_t> packed;
     for (int done = 0; done < part.height;) {
         const int rows = std::min(part.height - done, static_cast<int>(std::min<std::size_t>(rowsAtOnce, 16384)));
