@@ -53,17 +53,6 @@ std::string Picture(const std::string& operations)
     return Words({0, 0, 0, 2, 2, 0x0011, 0x02FF, 0x0C00}) + std::string(24, '\0') + operations + Words({0x00FF});
 }
 
-// An image of 2 by 2 pixels that fills the picture one for one, as does the clip.
-std::string FillingImage()
-{
-    const std::string matrix = Words({1, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x4000, 0});
-    const std::string places = Words({0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 2, 0, 0, 0, 0}); // no matte, no mask
-    const std::string description = Words({0, 86, 0x7261, 0x7720}) + std::string(24, '\0') +
-                                    Words({2, 2, 72, 0, 72, 0, 0, 12, 1}) + std::string(32, '\0') + Words({24, 0xFFFF});
-    const std::string image = Words({0}) + matrix + places + description + "pixels, 24 b";
-    return Words({0x0001, 10, 0, 0, 2, 2, 0x8200, 0, static_cast<unsigned>(image.size())}) + image;
-}
-
 std::vector<std::string> Pictures()
 {
     const std::string paint = Words({0x0031, 0, 0, 2, 2});
@@ -79,7 +68,7 @@ std::vector<std::string> Pictures()
     const std::string skipped = Words({0x0024, 2, 0}) + Words({0x0028, 0, 0, 0x0100}) +
                                 Words({0x0070, 10, 0, 0, 2, 2}) + Words({0x00D0, 0, 2, 0}) + Words({0x0200, 0, 0}) +
                                 Words({0x00A1, 1, 2, 0});
-    return {Picture(modes), Picture(skipped), Picture(FillingImage())};
+    return {Picture(modes), Picture(skipped)};
 }
 
 } // namespace
