@@ -390,24 +390,26 @@ TEST(Loop, QuitCommandEndsIt)
 TEST(Loop, QuitEndsTheInnermostRunAndTheOuterOneNeedsAnother)
 {
     UseHeadlessDesktop();
-    static bool inner = false;
-    static bool outerRan = false;
-    inner = outerRan = false;
-    const EventLoopTimerProcPtr runAnother = [](EventLoopTimerRef, void*) {
+    struct Ran {
+        bool inner = false;
+        bool outer = false;
+    } ran;
+    const EventLoopTimerProcPtr runAnother = [](EventLoopTimerRef, void* data) {
         QuitApplicationEventLoop();
         QuitApplicationEventLoop(); // the same request
         RunApplicationEventLoop();
-        inner = true;
+        static_cast<Ran*>(data)->inner = true;
     };
-    const EventLoopTimerProcPtr quit = [](EventLoopTimerRef, void*) {
-        outerRan = inner;
+    const EventLoopTimerProcPtr quit = [](EventLoopTimerRef, void* data) {
+        auto& seen = *static_cast<Ran*>(data);
+        seen.outer = seen.inner;
         QuitApplicationEventLoop();
     };
-    (void)InstallEventLoopTimer(GetMainEventLoop(), 1, 0, runAnother, nullptr, nullptr);
-    (void)InstallEventLoopTimer(GetMainEventLoop(), 2, 0, quit, nullptr, nullptr);
+    (void)InstallEventLoopTimer(GetMainEventLoop(), 1, 0, runAnother, &ran, nullptr);
+    (void)InstallEventLoopTimer(GetMainEventLoop(), 2, 0, quit, &ran, nullptr);
     const double before = GetCurrentEventTime();
     RunApplicationEventLoop();
-    EXPECT_TRUE(outerRan);
+    EXPECT_TRUE(ran.outer);
     EXPECT_NEAR(GetCurrentEventTime() - before, 2.0, 0.001);
 }
 

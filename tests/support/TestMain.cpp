@@ -53,9 +53,8 @@ extern "C" __attribute__((visibility("default"))) const char* __lsan_default_sup
 #endif
 
 #ifdef __SANITIZE_THREAD__
-// GLib and Qt are not built for the thread checker, which therefore sees none of their locks, and
-// nothing of what Pango's thread and ours, or two that take turns at a main loop, do one after the
-// other.
+// These libraries are not built for the thread checker, which therefore sees none of their locks: not
+// what keeps Pango's thread from ours, nor two apart that take turns at GLib's main loop.
 extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions()
 {
     return "called_from_lib:libglib-2.0.so\n"
@@ -71,21 +70,27 @@ extern "C" __attribute__((visibility("default"))) const char* __tsan_default_sup
 }
 #endif
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// The programs that tests start are excused from the same.
+static void ExcusePrograms(const char* variable, const char* suppressions)
+{
+    const std::string file = g_folder + "/excused";
+    WriteFile(file, suppressions);
+    setenv(variable, ("print_suppressions=0:suppressions=" + file).c_str(), 1);
+}
+#endif
+
 int main(int count, char** words)
 {
     if (!MakeFolder()) {
         std::perror("temporary folder");
         return 1;
     }
-    // The programs that tests start are excused from the same.
-    [[maybe_unused]] const std::string excused = g_folder + "/excused";
 #ifdef __SANITIZE_ADDRESS__
-    WriteFile(excused, __lsan_default_suppressions());
-    setenv("LSAN_OPTIONS", ("print_suppressions=0:suppressions=" + excused).c_str(), 1);
+    ExcusePrograms("LSAN_OPTIONS", __lsan_default_suppressions());
 #endif
 #ifdef __SANITIZE_THREAD__
-    WriteFile(excused, __tsan_default_suppressions());
-    setenv("TSAN_OPTIONS", ("print_suppressions=0:suppressions=" + excused).c_str(), 1);
+    ExcusePrograms("TSAN_OPTIONS", __tsan_default_suppressions());
 #endif
     for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG", "DISPLAY", "WAYLAND_DISPLAY"})
         unsetenv(name);
